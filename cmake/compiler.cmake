@@ -1,0 +1,20 @@
+# Compiler settings, as interface targets that the library, its tests and its benchmarks share.
+
+# Numeric contract: the same source gives the same bits on every machine.
+#  -ffp-contract=off      a*b+c is rounded twice; fusing it would change more than half of all results
+#  -fno-math-errno        lets sqrtf become an instruction; changes no value
+#  -fno-trapping-math     lets comparisons become vector selects; changes no value
+#  -fno-builtin-*         keeps each call a call of the function that is written: compilers may otherwise
+#                         turn pow(10, x) into exp10(x), or join sinf(x) and cosf(x) into one other function
+add_library(sorvo_numeric INTERFACE)
+target_compile_options(sorvo_numeric INTERFACE
+    -ffp-contract=off
+    -fno-math-errno
+    -fno-trapping-math
+    -fno-builtin-pow
+    -fno-builtin-sinf
+    -fno-builtin-cosf)
+
+add_library(sorvo_warnings INTERFACE)
+target_compile_options(sorvo_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wdouble-promotion)
