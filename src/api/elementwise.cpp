@@ -1,0 +1,107 @@
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "api/call_frame.h"
+#include "elementwise/complex_norm.h"
+#include "elementwise/decibel.h"
+#include "elementwise/frame_length.h"
+#include "elementwise/nonsilent.h"
+#include "elementwise/standardize.h"
+#include "util/zeros.h"
+
+using namespace sorvo::audio;
+using namespace sorvo::audio::api;
+
+int sorvoAudioComplexNorm(float* dst, const float* src, int src_n, float power) {
+    if (any_null(dst, src)) {
+        return SORVO_AUDIO_ERROR_ARGUMENT;
+    }
+    return run([=] {
+        require(src_n > 0, "Invalid src_n size.");
+        require(!(power <= 0.0F), "Invalid power value.");  // NaN passes
+        complex_norm_1d_core(dst, src, src_n, power);
+    });
+}
+
+int sorvoAudioMagPhase(float* mag_dst, float* phase_dst, const float* src, int freq_n, int frame_n,
+                       int phase_form, float power) {
+    if (any_null(mag_dst, phase_dst, src)) {
+        return SORVO_AUDIO_ERROR_ARGUMENT;
+    }
+    return run([=] {
+        require(freq_n >= 1, "Invalid freq_n value.");
+        require(frame_n >= 1, "Invalid frame_n value.");
+        require(!(power < 0.0F), "Invalid power value.");  // NaN passes, and 0 does here
+        require(is_one_of(phase_form, {0, 1}), "Invalid phase_form format.");
+        const auto n = static_cast<std::size_t>(frame_n);
+        auto row = make_zeros<float>(2 * n);
+        auto mag = make_zeros<float>(n);
+        auto phase = make_zeros<float>(phase_form == 0 ? n : 2 * n);
+        for (std::size_t r = 0; r < static_cast<std::size_t>(freq_n); ++r) {
+            std::copy_n(src + r * row.size(), row.size(), row.begin());
+            magphase_1d(mag, phase, row, power, phase_form != 0);
+            std::copy(mag.begin(), mag.end(), mag_dst + r * mag.size());
+            std::copy(phase.begin(), phase.end(), phase_dst + r * phase.size());
+        }
+    });
+}
+
+int sorvoAudioConvertPowerToDB(float* dst, const float* src, int src_n, float top_db) {
+    if (any_null(dst, src)) {
+        return SORVO_AUDIO_ERROR_ARGUMENT;
+    }
+    return run([=] {
+        require(src_n > 0, "Invalid src_n size.");
+        convert_power_to_db(dst, src, src_n, top_db);
+    });
+}
+
+int sorvoAudioLog1p(float* dst, const float* src, int src_n) {
+    if (any_null(dst, src)) {
+        return SORVO_AUDIO_ERROR_ARGUMENT;
+    }
+    return run([=] {
+        require(src_n > 0, "Invalid src_n size.");
+        std::transform(src, src + src_n, dst, [](float x) { return ::log1pf(x); });
+    });
+}
+
+int sorvoAudioStandardize(float* dst, const float* src, int src_n) {
+    if (any_null(dst, src)) {
+        return SORVO_AUDIO_ERROR_ARGUMENT;
+    }
+    return run([=] {
+        require(src_n > 0, "Invalid src_n size.");
+        standardize(dst, src, src_n);
+    });
+}
+
+int sorvoAudioGetNonSilentPos(int* pos, int* len, const float* src, int sample_n, int win_n,
+                              int hop_n, float thr_db) {
+    if (any_null(pos, len, src)) {
+        return SORVO_AUDIO_ERROR_ARGUMENT;
+    }
+    return run([=] {
+        require(sample_n > 0, "Invalid sample_n size.");
+        require(win_n > 0, "Invalid win_n value.");
+        require(hop_n >= 0, "Invalid hop_n value.");
+        require(!(thr_db < 0.0F), "Invalid thr_db value.");  // NaN passes
+        detect_nonsilent_pos(pos, len, src, sample_n, win_n, hop_n, thr_db);
+    });
+}
+
+int sorvoAudioFixFrameLen(float* dst, const float* src, int freq_n, int dst_frame_n,
+                          int src_frame_n, float pad_value) {
+    if (any_null(dst, src)) {
+        return SORVO_AUDIO_ERROR_ARGUMENT;
+    }
+    return run([=] {
+        require(freq_n > 0, "Invalid freq_n size.");
+        require(dst_frame_n >= 1, "Invalid dst_frame_n size.");
+        require(src_frame_n >= 1, "Invalid src_frame_n size.");
+        fix_frame_len(dst, src, freq_n, dst_frame_n, src_frame_n, pad_value);
+    });
+}

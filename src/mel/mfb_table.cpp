@@ -1,0 +1,76 @@
+#include "mel/mfb_table.h"
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "mel/filter_bank.h"
+#include "util/zeros.h"
+
+namespace sorvo::audio {
+namespace {
+
+/// One NaN bound makes every weight NaN, whatever the other bound is, so all such banks are one;
+/// its key has both bounds at minus infinity, which gives the same weights and keeps the map's
+/// order.
+MelFilterBankParam without_nan(MelFilterBankParam key) {
+    if (std::isnan(key.f_min) || std::isnan(key.f_max)) {
+        key.f_min = -std::numeric_limits<float>::infinity();
+        key.f_max = -std::numeric_limits<float>::infinity();
+    }
+    return key;
+}
+
+}  // namespace
+
+bool MelFilterBankParam::operator<(const MelFilterBankParam& other) const {
+    if (freq_n != other.freq_n) {
+        return freq_n < other.freq_n;
+    }
+    if (f_min < other.f_min || f_min > other.f_min) {
+        return f_min < other.f_min;
+    }
+    if (f_max < other.f_max || f_max > other.f_max) {
+        return f_max < other.f_max;
+    }
+    if (mel_n != other.mel_n) {
+        return mel_n < other.mel_n;
+    }
+    if (sample_rate != other.sample_rate) {
+        return sample_rate < other.sample_rate;
+    }
+    if (mel_norm != other.mel_norm) {
+        return mel_norm < other.mel_norm;
+    }
+    return htk < other.htk;
+}
+
+MFBTable& MFBTable::instance() {
+    static MFBTable table;
+    return table;
+}
+
+void MFBTable::init_mfb_table(const MelFilterBankParam& key) {
+    if (table_.count(key) != 0) {
+        return;
+    }
+    auto bank = make_zeros<std::vector<float>>(static_cast<std::uint64_t>(key.mel_n));
+    for (std::vector<float>& row : bank) {
+        row = make_zeros<float>(static_cast<std::uint64_t>(key.freq_n));
+    }
+    create_fb_matrix(bank, key.freq_n, key.f_min, key.f_max, key.mel_n, key.sample_rate,
+                     key.mel_norm, key.htk);
+    table_.emplace(key, std::move(bank));
+}
+
+const std::vector<std::vector<float>>& MFBTable::ref_table(int freq_n, float f_min, float f_max,
+                                                           int mel_n, int sample_rate, int mel_norm,
+                                                           bool htk) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const MelFilterBankParam key =
+        without_nan({freq_n, f_min, f_max, mel_n, sample_rate, mel_norm, htk});
+    init_mfb_table(key);
+    return table_.find(key)->second;
+}
+
+}  // namespace sorvo::audio

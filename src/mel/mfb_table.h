@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <vector>
+
+namespace sorvo::audio {
+
+/// Everything that a mel filter bank depends on.
+struct MelFilterBankParam {
+    std::int32_t freq_n;
+    float f_min;
+    float f_max;
+    std::int32_t mel_n;
+    std::int32_t sample_rate;
+    std::int32_t mel_norm;
+    bool htk;
+
+    /// Lexicographic in field order. A NaN decides nothing, so keys with a NaN have no place in
+    /// this order; MFBTable keeps them out of its map.
+    bool operator<(const MelFilterBankParam& other) const;
+};
+
+/// Process-wide cache of mel filter banks (mel_n rows of freq_n weights). A bank is built on its
+/// first request and never changed, moved or removed afterwards, so references to it are read
+/// without a lock for the life of the process.
+class MFBTable {
+  public:
+    static MFBTable& instance();
+    MFBTable(const MFBTable&) = delete;
+    MFBTable& operator=(const MFBTable&) = delete;
+
+    const std::vector<std::vector<float>>& ref_table(int freq_n, float f_min, float f_max,
+                                                     int mel_n, int sample_rate, int mel_norm,
+                                                     bool htk);
+
+  private:
+    MFBTable() = default;
+    /// Builds the bank unless it is there; the mutex is held. It becomes visible only when
+    /// complete.
+    void init_mfb_table(const MelFilterBankParam& key);
+
+    std::map<MelFilterBankParam, std::vector<std::vector<float>>> table_;
+    std::mutex mutex_;
+};
+
+}  // namespace sorvo::audio

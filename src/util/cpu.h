@@ -1,0 +1,19 @@
+// Which vector instructions the processor has. Kernels are compiled once per level and chosen by
+// this alone; results do not depend on the level.
+#pragma once
+
+#include <array>
+
+namespace sorvo::audio {
+
+enum class CpuLevel { baseline, avx2, avx512 };
+
+constexpr std::array<CpuLevel, 3> all_cpu_levels = {CpuLevel::baseline, CpuLevel::avx2,
+                                                    CpuLevel::avx512};
+
+bool cpu_supports(CpuLevel level);
+
+/// The highest supported level; decided once.
+CpuLevel cpu_level();
+
+}  // namespace sorvo::audio
