@@ -1,0 +1,30 @@
+# What `cmake --install` puts where: header, both libraries, a CMake package and a pkg-config file.
+include(CMakePackageConfigHelpers)
+
+install(FILES "${PROJECT_SOURCE_DIR}/include/sorvo_audio.h"
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT development)
+install(TARGETS sorvo_audio EXPORT sorvo_audio_targets
+        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime
+        NAMELINK_COMPONENT development)
+install(TARGETS sorvo_audio_static EXPORT sorvo_audio_targets
+        ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/sorvo_audio")
+install(EXPORT sorvo_audio_targets NAMESPACE sorvo::
+        DESTINATION "${package_dir}" COMPONENT development)
+configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/sorvo_audio-config.cmake.in"
+    "${PROJECT_BINARY_DIR}/sorvo_audio-config.cmake" INSTALL_DESTINATION "${package_dir}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/sorvo_audio-config-version.cmake"
+    COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/sorvo_audio-config.cmake"
+              "${PROJECT_BINARY_DIR}/sorvo_audio-config-version.cmake"
+        DESTINATION "${package_dir}" COMPONENT development)
+
+# The pkg-config file finds its prefix from its own place, so an installed tree may be moved.
+set(pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
+    BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}/${pkgconfig_dir}" OUTPUT_VARIABLE prefix_from_pc)
+configure_file("${CMAKE_CURRENT_LIST_DIR}/sorvo_audio.pc.in"
+    "${PROJECT_BINARY_DIR}/sorvo_audio.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/sorvo_audio.pc"
+        DESTINATION "${pkgconfig_dir}" COMPONENT development)
