@@ -21,13 +21,15 @@ void SorvoException::setLayerInfo(const std::string& name, const std::string& ty
     }
 }
 
-SorvoInvalidArgumentExceptionBase::SorvoInvalidArgumentExceptionBase(const std::string& message,
-                                                                     int code)
-    : std::invalid_argument(message), SorvoException(message, code) {}
+SorvoInvalidArgumentExceptionBase::SorvoInvalidArgumentExceptionBase(
+    const std::string& message_text, int error_code)
+    : std::invalid_argument(message_text), SorvoException(message_text, error_code) {}
 
-const char* SorvoInvalidArgumentExceptionBase::what() const noexcept { return errorDetail(); }
+const char* SorvoInvalidArgumentExceptionBase::what() const noexcept {
+    return errorDetail();
+}
 
-SorvoInvalidArgument::SorvoInvalidArgument(const char* message)
-    : SorvoInvalidArgumentExceptionBase(message, -1) {}
+SorvoInvalidArgument::SorvoInvalidArgument(const char* message_text)
+    : SorvoInvalidArgumentExceptionBase(message_text, -1) {}
 
 }  // namespace sorvo::Util::Exceptions

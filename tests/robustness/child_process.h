@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
