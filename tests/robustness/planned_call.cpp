@@ -208,7 +208,7 @@ PlannedCall plan_inverse(ArgumentSource& source) {
                                                    hop_n, win_n, win_type, max_sample_n, center,
                                                    norm_type);
         },
-        frame_n * transform_work(fft_n < 2e9 ? static_cast<int>(fft_n) : 1) + 20.0 * win_n + length,
+        frame_n * transform_work(std::abs(fft_n) < 2e9 ? static_cast<int>(fft_n) : 1) + 20.0 * win_n + length,
         64.0 * fft_n + 16.0 * length + 12.0 * win_n);
 }
 
