@@ -5,13 +5,15 @@
 #  -fno-math-errno        lets sqrtf become an instruction; changes no value
 #  -fno-trapping-math     lets comparisons become vector selects; changes no value
 #  -fno-builtin-*         keeps each call a call of the function that is written: compilers may otherwise
-#                         turn pow(10, x) into exp10(x), or join sinf(x) and cosf(x) into one other function
+#                         turn pow(10, x) into exp10(x), powf(x, 0.5) into sqrtf(x), or join sinf(x) and
+#                         cosf(x) into one other function
 add_library(sorvo_numeric INTERFACE)
 target_compile_options(sorvo_numeric INTERFACE
     -ffp-contract=off
     -fno-math-errno
     -fno-trapping-math
     -fno-builtin-pow
+    -fno-builtin-powf
     -fno-builtin-sinf
     -fno-builtin-cosf)
 
