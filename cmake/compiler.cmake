@@ -20,3 +20,12 @@ target_compile_options(sorvo_numeric INTERFACE
 add_library(sorvo_warnings INTERFACE)
 target_compile_options(sorvo_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wdouble-promotion)
+
+# Checks that the C library and the compiler can add for the library at no measurable cost. Sanitizers
+# bring checks of their own, and fortified functions would hide accesses from them.
+add_library(sorvo_hardening INTERFACE)
+if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    target_compile_options(sorvo_hardening INTERFACE
+        -fstack-protector-strong
+        "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+endif()

@@ -208,7 +208,8 @@ PlannedCall plan_inverse(ArgumentSource& source) {
                                                    hop_n, win_n, win_type, max_sample_n, center,
                                                    norm_type);
         },
-        frame_n * transform_work(std::abs(fft_n) < 2e9 ? static_cast<int>(fft_n) : 1) + 20.0 * win_n + length,
+        frame_n * transform_work(std::abs(fft_n) < 2e9 ? static_cast<int>(fft_n) : 1) +
+            20.0 * win_n + length,
         64.0 * fft_n + 16.0 * length + 12.0 * win_n);
 }
 
@@ -342,7 +343,8 @@ PlannedCall plan_resample(ArgumentSource& source) {
     p.require(dst_rate > 0 && dst_n > 0 && src_rate > 0 && src_n > 0);
     p.buffer(dst_n);
     p.buffer(src_n);
-    const double up = static_cast<double>(dst_rate) / std::max(1, std::gcd(dst_rate, src_rate));
+    const double up =
+        static_cast<double>(dst_rate) / std::gcd(std::max(1, dst_rate), std::max(1, src_rate));
     return p.finish(
         [=](const Buffers& b) {
             return sorvoAudioResample(floats(b[0]), floats(b[1]), dst_rate, dst_n, src_rate, src_n);
