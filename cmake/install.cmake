@@ -28,3 +28,10 @@ configure_file("${CMAKE_CURRENT_LIST_DIR}/sorvo_audio.pc.in"
     "${PROJECT_BINARY_DIR}/sorvo_audio.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/sorvo_audio.pc"
         DESTINATION "${pkgconfig_dir}" COMPONENT development)
+
+# Debian's place of Python packages; the prefix is what the interpreter searches.
+if(EXISTS "${PROJECT_SOURCE_DIR}/python/sorvo_audio")
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/python/sorvo_audio"
+            DESTINATION lib/python3/dist-packages COMPONENT python
+            PATTERN "__pycache__" EXCLUDE)
+endif()

@@ -1,0 +1,19 @@
+#!/bin/sh
+# Formatting, static analysis, and a build with both compilers in which a warning is an error.
+set -eu
+cd "$(dirname "$0")/.."
+scripts/install-packages.sh clang clang-format clang-tidy shellcheck
+
+# shellcheck disable=SC2046
+clang-format --dry-run --Werror $(git ls-files '*.c' '*.h' '*.cpp')
+# shellcheck disable=SC2046
+shellcheck $(git ls-files '*.sh' .ci/run)
+
+cmake --preset clang >/dev/null
+cmake --build --preset clang
+ctest --preset clang -E 'robustness|install|peers|tools|python'
+run-clang-tidy -quiet -p build/clang "$PWD/src/.*" >build/clang/tidy.log 2>&1 || {
+    grep -E 'warning:|error:' build/clang/tidy.log >&2
+    exit 1
+}
+echo "style: formatted, no warning from g++, clang++ or clang-tidy"
