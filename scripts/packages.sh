@@ -1,0 +1,6 @@
+# shellcheck shell=sh disable=SC2034
+# The Debian packages of each purpose; read by the other scripts.
+
+build_packages="g++ cmake ninja-build pkg-config libsndfile1-dev libcli11-dev libpng-dev libcairo2-dev"
+test_packages="$build_packages gcc libgtest-dev python3 python3-numpy python3-scipy"
+recording_packages="espeak-ng sox"

@@ -1,0 +1,20 @@
+// The commands of sorvo-audio, one file each.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <vector>
+
+#include "support/failure.h"
+
+namespace sorvo_tool {
+
+struct Command {
+    CLI::App* app;  // its options; parsed() tells whether the user chose it
+    std::function<Exit()> run;
+};
+
+Command add_info_command(CLI::App& root);
+Command add_mel_command(CLI::App& root);
+
+}  // namespace sorvo_tool

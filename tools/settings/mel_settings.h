@@ -1,0 +1,48 @@
+// All parameters of a mel spectrogram.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "settings/frame_settings.h"
+
+namespace sorvo_tool {
+
+struct MelSettings {
+    FrameSettings frame;
+    int sample_rate = 0;  // 0: that of the file; else the sound is converted to it first
+    int pad_n = 0;        // samples reflected at both ends before framing
+    float power = 2;
+    int mel_n = 80;
+    float f_min = 0;
+    float f_max = 0;  // 0: half the sample rate
+    int mel_norm = SORVO_AUDIO_MEL_NORM_AREA;
+    int mel_formula = SORVO_AUDIO_MEL_SLANEY;
+    bool in_db = false;
+    float top_db = 80;
+};
+
+struct MelOptions {
+    FrameOptions frame;
+    std::string preset;
+    std::optional<int> sample_rate, pad_n, mel_n, mel_norm, mel_formula;
+    std::optional<float> power, f_min, f_max, top_db;
+    bool in_db = false;
+};
+
+extern const Choices mel_scale_choices;
+extern const Choices mel_norm_choices;
+
+void add_mel_options(CLI::App& app, MelOptions& options);
+
+// The preset, or the defaults, with the options put in place; throws a Failure if they do not fit
+// together.
+MelSettings settle(const MelOptions& options);
+
+// The upper end of the bank at a rate.
+float upper_hz(const MelSettings& settings, int sample_rate);
+
+// Centre frequencies of the bands.
+std::vector<double> band_centres(const MelSettings& settings, int sample_rate);
+
+}  // namespace sorvo_tool

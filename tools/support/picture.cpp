@@ -1,0 +1,265 @@
+#include "support/picture.h"
+
+#include <cairo.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <memory>
+
+#include "support/text.h"
+
+namespace sorvo_tool {
+namespace {
+
+// Dark to bright, with steadily rising lightness, so that it also reads in grey.
+constexpr std::array<Colour, 9> colours{{{0, 0, 4},
+                                         {28, 16, 68},
+                                         {79, 18, 123},
+                                         {129, 37, 129},
+                                         {181, 54, 122},
+                                         {229, 80, 100},
+                                         {251, 135, 97},
+                                         {254, 194, 135},
+                                         {252, 253, 191}}};
+
+Colour colour_of(double share) {
+    if (!(share > 0)) return colours.front();  // NaN as well
+    const double at = std::min(share, 1.0) * static_cast<double>(colours.size() - 1);
+    const auto lower = std::min(static_cast<std::size_t>(at), colours.size() - 2);
+    const double weight = at - static_cast<double>(lower);
+    const auto mixed = [&](std::uint8_t from, std::uint8_t to) {
+        return static_cast<std::uint8_t>(std::lround(from + (to - from) * weight));
+    };
+    const Colour& a = colours[lower];
+    const Colour& b = colours[lower + 1];
+    return {mixed(a.red, b.red), mixed(a.green, b.green), mixed(a.blue, b.blue)};
+}
+
+Colour cell_colour(const Picture& picture, float value) {
+    const double range = static_cast<double>(picture.highest) - static_cast<double>(picture.lowest);
+    return colour_of((static_cast<double>(value) - static_cast<double>(picture.lowest)) / range);
+}
+
+// Cells [first, last) that pixel `i` of `pixel_n` covers: one or, where cells are smaller, several.
+struct Span {
+    std::size_t first, last;
+};
+Span cells_under(std::size_t i, std::size_t pixel_n, std::size_t cell_n) {
+    const std::size_t first = i * cell_n / pixel_n;
+    return {first, std::max(first + 1, (i + 1) * cell_n / pixel_n)};
+}
+
+struct Box {
+    double left, top, width, height;
+};
+
+class Canvas {
+  public:
+    Canvas(int width, int height)
+        : surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height)),
+          context_(cairo_create(surface_.get())) {
+        cairo_set_source_rgb(context_.get(), 1, 1, 1);
+        cairo_paint(context_.get());
+        cairo_set_source_rgb(context_.get(), 0.1, 0.1, 0.1);
+        cairo_select_font_face(context_.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL,
+                               CAIRO_FONT_WEIGHT_NORMAL);
+        cairo_set_line_width(context_.get(), 1);
+    }
+
+    void set_pixel(std::size_t x, std::size_t y, Colour colour) {
+        cairo_surface_flush(surface_.get());
+        auto* row = cairo_image_surface_get_data(surface_.get()) +
+                    y * static_cast<std::size_t>(cairo_image_surface_get_stride(surface_.get()));
+        reinterpret_cast<std::uint32_t*>(row)[x] =
+            static_cast<std::uint32_t>(colour.red << 16 | colour.green << 8 | colour.blue);
+        cairo_surface_mark_dirty(surface_.get());
+    }
+
+    // Text with the point (x, y) at the share (across, up) of its height and width.
+    void text(const std::string& text, double size, double x, double y, double across, double up,
+              bool upright = false) {
+        cairo_set_font_size(context_.get(), size);
+        cairo_text_extents_t extents;
+        cairo_text_extents(context_.get(), text.c_str(), &extents);
+        cairo_save(context_.get());
+        cairo_translate(context_.get(), x, y);
+        if (upright) cairo_rotate(context_.get(), -std::acos(-1.0) / 2);
+        cairo_move_to(context_.get(), -across * extents.x_advance,
+                      up * 0.73 * size);  // 0.73: height of a capital
+        cairo_show_text(context_.get(), text.c_str());
+        cairo_restore(context_.get());
+    }
+
+    void line(double x0, double y0, double x1, double y1) {
+        cairo_move_to(context_.get(), std::round(x0) + 0.5, std::round(y0) + 0.5);
+        cairo_line_to(context_.get(), std::round(x1) + 0.5, std::round(y1) + 0.5);
+        cairo_stroke(context_.get());
+    }
+
+    void frame(const Box& box) {
+        cairo_rectangle(context_.get(), box.left - 0.5, box.top - 0.5, box.width + 1,
+                        box.height + 1);
+        cairo_stroke(context_.get());
+    }
+
+    Pixels pixels() const {
+        cairo_surface_flush(surface_.get());
+        Pixels result;
+        result.width = static_cast<std::size_t>(cairo_image_surface_get_width(surface_.get()));
+        result.height = static_cast<std::size_t>(cairo_image_surface_get_height(surface_.get()));
+        const auto* data = cairo_image_surface_get_data(surface_.get());
+        const auto stride =
+            static_cast<std::size_t>(cairo_image_surface_get_stride(surface_.get()));
+        for (std::size_t y = 0; y < result.height; ++y)
+            for (std::size_t x = 0; x < result.width; ++x) {
+                const std::uint32_t pixel =
+                    reinterpret_cast<const std::uint32_t*>(data + y * stride)[x];
+                result.data.push_back({static_cast<std::uint8_t>(pixel >> 16),
+                                       static_cast<std::uint8_t>(pixel >> 8),
+                                       static_cast<std::uint8_t>(pixel)});
+            }
+        return result;
+    }
+
+  private:
+    struct Destroy {
+        void operator()(cairo_surface_t* surface) const { cairo_surface_destroy(surface); }
+        void operator()(cairo_t* context) const { cairo_destroy(context); }
+    };
+    std::unique_ptr<cairo_surface_t, Destroy> surface_;
+    std::unique_ptr<cairo_t, Destroy> context_;
+};
+
+// Round values, evenly spaced, at most about `tick_n` of them.
+std::vector<double> even_ticks(double lowest, double highest, int tick_n) {
+    const double rough = std::max(highest - lowest, 1e-9) / tick_n;
+    const double power = std::pow(10.0, std::floor(std::log10(rough)));
+    double step = 10 * power;
+    for (const double digit : {5.0, 2.0, 1.0})
+        if (digit * power >= rough) step = digit * power;
+    std::vector<double> ticks;
+    const double first = std::ceil(lowest / step - 1e-9);
+    for (double i = first; i * step <= highest + step * 1e-9; ++i) ticks.push_back(i * step + 0.0);
+    return ticks;
+}
+
+// Height of a frequency above the bottom of the plot, as a share, by the rows' own frequencies;
+// outside 0 ... 1 where no row is near.
+double frequency_share(const Picture& picture, double hz) {
+    const auto& rows = picture.row_hz;
+    const auto above = std::lower_bound(rows.begin(), rows.end(), hz);
+    const auto upper = static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(
+        above - rows.begin(), 1, static_cast<std::ptrdiff_t>(rows.size()) - 1));
+    const double step = rows[upper] - rows[upper - 1];
+    const double row = static_cast<double>(upper - 1) + (hz - rows[upper - 1]) / step;
+    return (row + 0.5) / static_cast<double>(picture.row_n);
+}
+
+void draw_cells(Canvas& canvas, const Picture& picture, const Box& plot) {
+    const auto width = static_cast<std::size_t>(plot.width);
+    const auto height = static_cast<std::size_t>(plot.height);
+    for (std::size_t y = 0; y < height; ++y) {
+        const Span rows = cells_under(height - 1 - y, height, picture.row_n);
+        for (std::size_t x = 0; x < width; ++x) {
+            // Of several cells the loudest shows, so that nothing short is lost.
+            const Span columns = cells_under(x, width, picture.column_n);
+            float loudest = picture.lowest;
+            for (std::size_t row = rows.first; row < rows.last; ++row)
+                for (std::size_t column = columns.first; column < columns.last; ++column)
+                    loudest = std::max(loudest, picture.cells[row * picture.column_n + column]);
+            canvas.set_pixel(static_cast<std::size_t>(plot.left) + x,
+                             static_cast<std::size_t>(plot.top) + y, cell_colour(picture, loudest));
+        }
+    }
+    canvas.frame(plot);
+}
+
+void draw_time_axis(Canvas& canvas, const Picture& picture, const Box& plot) {
+    const double span = picture.seconds_per_column * static_cast<double>(picture.column_n);
+    const double left = picture.first_seconds - picture.seconds_per_column / 2;
+    const double bottom = plot.top + plot.height;
+    for (const double seconds : even_ticks(left, left + span, static_cast<int>(plot.width / 90))) {
+        const double x = plot.left + (seconds - left) / span * plot.width;
+        canvas.line(x, bottom, x, bottom + 5);
+        canvas.text(short_number(seconds), 13, x, bottom + 9, 0.5, 1);
+    }
+    canvas.text("Time (s)", 14, plot.left + plot.width / 2, bottom + 30, 0.5, 1);
+}
+
+void draw_frequency_axis(Canvas& canvas, const Picture& picture, const Box& plot) {
+    // Even steps for even rows; on a warped scale octaves and what fits between them.
+    const auto& hz = picture.row_hz;
+    std::vector<double> ticks;
+    if (hz.size() < 2) {
+        ticks = {};
+    } else if (std::abs((hz[1] - hz[0]) / (hz.back() - hz[hz.size() - 2]) - 1) < 1e-3) {
+        ticks = even_ticks(hz.front(), hz.back(), 8);
+    } else {
+        ticks = {125,  250,  500,   1000,  1500,  2000,  3000,  4000,
+                 6000, 8000, 12000, 16000, 24000, 32000, 48000, 96000};
+    }
+    double lowest_free = plot.top + plot.height + 1;
+    for (const double tick : ticks) {
+        const double y = plot.top + plot.height * (1 - frequency_share(picture, tick));
+        if (y < plot.top || y > lowest_free) continue;
+        canvas.line(plot.left - 6, y, plot.left - 1, y);
+        canvas.text(short_number(tick), 13, plot.left - 9, y, 1, 0.5);
+        lowest_free = y - 16;
+    }
+    canvas.text(picture.frequency_label, 14, plot.left - 62, plot.top + plot.height / 2, 0.5, 0,
+                true);
+}
+
+void draw_colour_bar(Canvas& canvas, const Picture& picture, const Box& bar) {
+    const auto height = static_cast<std::size_t>(bar.height);
+    for (std::size_t y = 0; y < height; ++y)
+        for (std::size_t x = 0; x < static_cast<std::size_t>(bar.width); ++x)
+            canvas.set_pixel(
+                static_cast<std::size_t>(bar.left) + x, static_cast<std::size_t>(bar.top) + y,
+                colour_of(1 - static_cast<double>(y) / static_cast<double>(height - 1)));
+    canvas.frame(bar);
+    const auto lowest = static_cast<double>(picture.lowest);
+    const auto highest = static_cast<double>(picture.highest);
+    const double right = bar.left + bar.width;
+    for (const double level : even_ticks(lowest, highest, 8)) {
+        const double y = bar.top + bar.height * (highest - level) / (highest - lowest);
+        canvas.line(right, y, right + 5, y);
+        canvas.text(short_number(level) + " dB", 13, right + 9, y, 0, 0.5);
+    }
+}
+
+}  // namespace
+
+Pixels draw_with_axes(const Picture& picture) {
+    // Whole numbers of pixels for each row keep bands equally high.
+    const std::size_t row_height = std::max<std::size_t>(1, 400 / picture.row_n);
+    const double height =
+        static_cast<double>(picture.row_n <= 400 ? row_height * picture.row_n : std::size_t{400});
+    const double seconds = picture.seconds_per_column * static_cast<double>(picture.column_n);
+    const double width = std::round(std::clamp(seconds * 200, 640.0, 1600.0));
+
+    const Box plot{90, 44, width, height};
+    const Box bar{plot.left + plot.width + 20, plot.top, 18, plot.height};
+    Canvas canvas(static_cast<int>(bar.left + bar.width) + 72, static_cast<int>(height) + 44 + 54);
+    draw_cells(canvas, picture, plot);
+    draw_time_axis(canvas, picture, plot);
+    draw_frequency_axis(canvas, picture, plot);
+    draw_colour_bar(canvas, picture, bar);
+    canvas.text(picture.title, 15, plot.left, plot.top - 16, 0, 0);
+    return canvas.pixels();
+}
+
+Pixels draw_raw(const Picture& picture) {
+    Pixels pixels;
+    pixels.width = picture.column_n;
+    pixels.height = picture.row_n;
+    pixels.data.reserve(pixels.width * pixels.height);
+    for (std::size_t row = picture.row_n; row-- > 0;)
+        for (std::size_t column = 0; column < picture.column_n; ++column)
+            pixels.data.push_back(
+                cell_colour(picture, picture.cells[row * picture.column_n + column]));
+    return pixels;
+}
+
+}  // namespace sorvo_tool
