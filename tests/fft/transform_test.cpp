@@ -41,14 +41,10 @@ Complexes complex_values(const std::vector<float>& data) {
 /// make a step of direct sums of d terms for every prime factor d. Measured over these lengths: at
 /// most 4.2e-8 sqrt(1 + log2 n) for powers of two, 0.82 of the bound for the others.
 double error_bound(int n) {
-    if (is_pow2(n)) {
-        return 6e-8 * std::sqrt(1 + std::log2(n));
-    }
+    if (is_pow2(n)) return 6e-8 * std::sqrt(1 + std::log2(n));
     double square = 0.0;
     for (int d = 2; n > 1; ++d) {
-        for (; n % d == 0; n /= d) {
-            square += 1.6e-7 * 1.6e-7 + d * 2.8e-8 * 2.8e-8;
-        }
+        for (; n % d == 0; n /= d) square += 1.6e-7 * 1.6e-7 + d * 2.8e-8 * 2.8e-8;
     }
     return std::sqrt(square);
 }
@@ -77,9 +73,7 @@ TEST_P(Transform, IsLinearAndKeepsEnergy) {
     const std::vector<float> x = random_.values(2 * n_);
     const std::vector<float> y = random_.values(2 * n_);
     std::vector<float> sum(2 * n_);
-    for (std::size_t i = 0; i < 2 * n_; ++i) {
-        sum[i] = 0.5F * x[i] - 2.0F * y[i];
-    }
+    for (std::size_t i = 0; i < 2 * n_; ++i) sum[i] = 0.5F * x[i] - 2.0F * y[i];
     const std::vector<float> fx = forward(x);
     const std::vector<float> fy = forward(y);
     std::vector<double> expected(2 * n_);
@@ -109,9 +103,7 @@ TEST_P(Transform, SpreadsAnImpulseEvenly) {
     std::vector<float> impulse(2 * n_);
     impulse[0] = 1.0F;
     std::vector<float> flat(2 * n_);
-    for (std::size_t i = 0; i < n_; ++i) {
-        flat[2 * i] = 1.0F;
-    }
+    for (std::size_t i = 0; i < n_; ++i) flat[2 * i] = 1.0F;
     EXPECT_EQ(forward(impulse), flat);
     impulse[0] = static_cast<float>(n_);
     EXPECT_EQ(inverse(impulse), flat);
@@ -134,9 +126,7 @@ TEST_P(Transform, IsExportedForRealSignalsAndComplexSpectra) {
 
 std::vector<int> all_lengths() {
     std::vector<int> lengths;
-    for (int n = 1; n <= 128; ++n) {
-        lengths.push_back(n);
-    }
+    for (int n = 1; n <= 128; ++n) lengths.push_back(n);
     for (const int n : {131, 197,  251,  509,  1021, 2039,              // primes
                         256, 512,  1024, 2048, 4096,                    // powers of two
                         255, 257,  511,  513,  1023, 1025, 2047, 2049,  // next to them

@@ -68,9 +68,7 @@ TEST(TwiddleTable, DirectionsDifferInTheSignOfEverySine) {
             const bool sine = is_pow2(n) ? in_group == 1 || in_group == 2 || in_group == 5 ||
                                                in_group == 6 || in_group == 8 || in_group == 11
                                          : i % 2 == 1;
-            if (sine && i < signs.size()) {
-                flipped[i] = -flipped[i];
-            }
+            if (sine && i < signs.size()) flipped[i] = -flipped[i];
         }
         EXPECT_TRUE(same_bits(inverse, flipped)) << n;  // so the forward sine of 0 is -0
         EXPECT_TRUE(std::signbit(forward[n == 6 ? 1 : 5])) << n;

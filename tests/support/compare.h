@@ -47,9 +47,7 @@ double relative_l2(const A& actual, const B& expected) {
         difference += std::norm(static_cast<Wide>(actual[i]) - expected[i]);
         size += std::norm(expected[i]);
     }
-    if (actual.size() != expected.size()) {
-        return HUGE_VAL;
-    }
+    if (actual.size() != expected.size()) return HUGE_VAL;
     return static_cast<double>(std::sqrt(difference / (size > 0 ? size : 1)));
 }
 

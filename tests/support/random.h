@@ -20,9 +20,7 @@ class Random {
 
     std::vector<float> values(std::size_t n) {
         std::vector<float> result(n);
-        for (float& x : result) {
-            x = value();
-        }
+        for (float& x : result) x = value();
         return result;
     }
 

@@ -31,9 +31,7 @@ inline Complexes dft(const Complexes& x, int sign) {
             result[k] += Complex(x[j].real() * w.real() - x[j].imag() * w.imag(),
                                  x[j].real() * w.imag() + x[j].imag() * w.real());
         }
-        if (sign > 0) {
-            result[k] /= Real(n);
-        }
+        if (sign > 0) result[k] /= Real(n);
     }
     return result;
 }
@@ -74,12 +72,8 @@ std::vector<T> padded(const std::vector<T>& x, std::size_t pad_n, Padding kind) 
         bool down = true;
         while (extension.size() < pad_n) {
             if (signal.size() > 1) {
-                if (at == 0) {
-                    down = false;
-                }
-                if (at == signal.size() - 1) {
-                    down = true;
-                }
+                if (at == 0) down = false;
+                if (at == signal.size() - 1) down = true;
                 at = down ? at - 1 : at + 1;
             }
             const T edge = signal.back();
@@ -100,16 +94,10 @@ std::vector<T> padded(const std::vector<T>& x, std::size_t pad_n, Padding kind) 
 
 /// Factor of every spectrum: norm_type 1 by the window's energy, 2 by the length.
 inline Real norm_factor(std::size_t fft_n, std::size_t win_n, int win_type, int norm_type) {
-    if (norm_type == 2) {
-        return 2 / Real(fft_n);
-    }
-    if (norm_type == 0) {
-        return 1;
-    }
+    if (norm_type == 2) return 2 / Real(fft_n);
+    if (norm_type == 0) return 1;
     Real energy = 0;
-    for (const Real w : window(win_n, win_type)) {
-        energy += w * w;
-    }
+    for (const Real w : window(win_n, win_type)) energy += w * w;
     return 1 / std::sqrt(energy);
 }
 
@@ -127,17 +115,20 @@ inline Complexes stft(const std::vector<float>& padded_signal, std::size_t frame
             frame[i] = w[i] * Real(padded_signal.at(t * hop_n + i));
         }
         const Complexes spectrum = dft(frame, -1);
-        for (std::size_t k = 0; k < freq_n; ++k) {
-            result[k * frame_n + t] = factor * spectrum[k];
-        }
+        for (std::size_t k = 0; k < freq_n; ++k) result[k * frame_n + t] = factor * spectrum[k];
     }
     return result;
 }
 
+struct Synthesis {
+    Reals signal;
+    Reals weight;  // the overlap-added squared window
+};
+
 /// Weighted overlap-add of [freq_n][frame_n] spectra, divided by the overlap-added squared window
 /// where that is above 1e-10.
-inline Reals istft(const Complexes& spectra, std::size_t frame_n, std::size_t fft_n,
-                   std::size_t hop_n, std::size_t win_n, int win_type, Real factor) {
+inline Synthesis istft(const Complexes& spectra, std::size_t frame_n, std::size_t fft_n,
+                       std::size_t hop_n, std::size_t win_n, int win_type, Real factor) {
     const Reals w = framed_window(fft_n, win_n, win_type);
     Reals sum((frame_n - 1) * hop_n + fft_n);
     Reals weight(sum.size());
@@ -154,24 +145,18 @@ inline Reals istft(const Complexes& spectra, std::size_t frame_n, std::size_t ff
         }
     }
     for (std::size_t i = 0; i < sum.size(); ++i) {
-        if (weight[i] > 1e-10L) {
-            sum[i] /= weight[i];
-        }
+        if (weight[i] > 1e-10L) sum[i] /= weight[i];
     }
-    return sum;
+    return {sum, weight};
 }
 
 inline Real hz_to_mel(Real hz, bool htk) {
-    if (htk) {
-        return 2595 * std::log10(1 + hz / 700);
-    }
+    if (htk) return 2595 * std::log10(1 + hz / 700);
     return hz < 1000 ? hz * 3 / 200 : 15 + 27 * std::log(hz / 1000) / std::log(6.4L);
 }
 
 inline Real mel_to_hz(Real mel, bool htk) {
-    if (htk) {
-        return 700 * (std::pow(Real(10), mel / 2595) - 1);
-    }
+    if (htk) return 700 * (std::pow(Real(10), mel / 2595) - 1);
     return mel < 15 ? mel * 200 / 3 : 1000 * std::exp((mel - 15) * std::log(6.4L) / 27);
 }
 
@@ -204,12 +189,8 @@ inline Reals difference_equation(const Reals& x, const std::vector<float>& b,
                                  const std::vector<float>& a) {
     Reals y(x.size());
     for (std::size_t i = 0; i < x.size(); ++i) {
-        for (std::size_t k = 0; k < b.size() && k <= i; ++k) {
-            y[i] += Real(b[k]) * x[i - k];
-        }
-        for (std::size_t k = 1; k < a.size() && k <= i; ++k) {
-            y[i] -= Real(a[k]) * y[i - k];
-        }
+        for (std::size_t k = 0; k < b.size() && k <= i; ++k) y[i] += Real(b[k]) * x[i - k];
+        for (std::size_t k = 1; k < a.size() && k <= i; ++k) y[i] -= Real(a[k]) * y[i - k];
         y[i] /= Real(a[0]);
     }
     return y;
@@ -241,9 +222,7 @@ inline Real interpolate(const std::vector<float>& x, Real time, Real fc) {
     const long nearest = std::lround(time);
     Real sum = 0;
     for (long i = nearest - 32; i <= nearest + 32; ++i) {
-        if (i < 0 || i >= static_cast<long>(x.size())) {
-            continue;
-        }
+        if (i < 0 || i >= static_cast<long>(x.size())) continue;
         const Real t = time - Real(i);
         const Real sinc = t == 0 ? fc : std::sin(fc * pi * t) / (pi * t);
         sum += Real(x[static_cast<std::size_t>(i)]) * sinc *
