@@ -154,7 +154,9 @@ TEST(SampleLen, IsExactOrAnError) {
         Guarded<int> length(1);
         EXPECT_EQ(sorvoAudioGetSampleLen(length, c.frame_n, c.freq_n, c.hop_n, c.center), c.status);
         EXPECT_TRUE(length.holds(c.status == 0 ? 1 : 0)) << c.frame_n << ' ' << c.hop_n;
-        if (c.status == 0) EXPECT_EQ(*length.data(), c.expected);
+        if (c.status == 0) {
+            EXPECT_EQ(*length.data(), c.expected);
+        }
     }
 }
 
