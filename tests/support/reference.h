@@ -216,17 +216,20 @@ inline Reals forward_backward(const std::vector<float>& x, const std::vector<flo
     return {y.begin() + margin, y.end() - margin};
 }
 
-/// The signal at a time (in samples), by a sinc with a cut-off of fc times the Nyquist frequency
-/// under a Blackman window of 65 samples, of which the 65 nearest samples take part.
+/// Sinc with a cut-off of fc times the Nyquist frequency, at t samples from its centre, under a
+/// Blackman window of 65 samples.
+inline Real windowed_sinc(Real t, Real fc) {
+    const Real sinc = t == 0 ? fc : std::sin(fc * pi * t) / (pi * t);
+    return sinc * (0.42L + 0.5L * std::cos(2 * pi * t / 65) + 0.08L * std::cos(4 * pi * t / 65));
+}
+
+/// The signal at a time (in samples), from the 65 samples around it.
 inline Real interpolate(const std::vector<float>& x, Real time, Real fc) {
     const long nearest = std::lround(time);
     Real sum = 0;
     for (long i = nearest - 32; i <= nearest + 32; ++i) {
         if (i < 0 || i >= static_cast<long>(x.size())) continue;
-        const Real t = time - Real(i);
-        const Real sinc = t == 0 ? fc : std::sin(fc * pi * t) / (pi * t);
-        sum += Real(x[static_cast<std::size_t>(i)]) * sinc *
-               (0.42L + 0.5L * std::cos(2 * pi * t / 65) + 0.08L * std::cos(4 * pi * t / 65));
+        sum += Real(x[static_cast<std::size_t>(i)]) * windowed_sinc(time - Real(i), fc);
     }
     return sum;
 }
