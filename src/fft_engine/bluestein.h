@@ -1,0 +1,38 @@
+#pragma once
+
+#include "fft_engine/chirp_transform.h"
+#include "fft_engine/fft_impl.h"
+
+namespace sorvo::audio::kelpon::fft {
+
+/// Forward transform of any length, meant for primes, by Bluestein's algorithm.
+class BluesteinFFTImpl : public FFTImpl {
+  public:
+    explicit BluesteinFFTImpl(unsigned n, CpuLevel level = cpu_level());
+
+    void exec(const short* in, std::complex<float>* out) const override;
+    void exec(const float* in, std::complex<float>* out) const override;
+    void exec(const std::complex<float>* in, std::complex<float>* out) const override;
+
+  protected:
+    template <class In>
+    void run(std::complex<float>* out, In in, const PlaneTable& closing_chirp, bool inverse) const;
+
+    ChirpTransform chirp_transform_;
+};
+
+/// Inverse transform of any length by Bluestein's algorithm, scaled by 1/n.
+class BluesteinIFFTImpl : public BluesteinFFTImpl {
+  public:
+    explicit BluesteinIFFTImpl(unsigned n, CpuLevel level = cpu_level());
+
+    void exec(const short* in, std::complex<float>* out) const override;
+    void exec(const float* in, std::complex<float>* out) const override;
+    void exec(const std::complex<float>* in, std::complex<float>* out) const override;
+
+  private:
+    PlaneTable scaled_chirp_;  ///< the closing chirp with the factor 1/n
+    bool inverse_ = true;
+};
+
+}  // namespace sorvo::audio::kelpon::fft
