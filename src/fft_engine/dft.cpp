@@ -36,10 +36,11 @@ void DFTImpl::run(std::complex<float>* out, const In* in) const {
             double sum_im = 0.0;
             std::size_t angle = 0;
             for (std::size_t j = 0; j < n_; ++j) {
-                const double w_re{w_[angle].real()};
-                const double w_im{w_[angle].imag()};
-                sum_re += double{re[j]} * w_re - double{im[j]} * w_im;
-                sum_im += double{re[j]} * w_im + double{im[j]} * w_re;
+                const std::complex<double> w(w_[angle]);
+                const auto x_re = static_cast<double>(re[j]);
+                const auto x_im = static_cast<double>(im[j]);
+                sum_re += x_re * w.real() - x_im * w.imag();
+                sum_im += x_re * w.imag() + x_im * w.real();
                 angle += k;
                 if (angle >= n_) angle -= n_;
             }

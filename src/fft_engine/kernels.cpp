@@ -97,7 +97,8 @@ template <class Real>
 template <int width>
 [[gnu::always_inline]] inline Complex<Vector<width>> get_vector(const short* in, std::size_t i) {
     float values[width];
-    for (int lane = 0; lane < width; ++lane) values[lane] = static_cast<float>(in[i + lane]);
+    for (std::size_t lane = 0; lane < width; ++lane)
+        values[lane] = static_cast<float>(in[i + lane]);
     return {load<width>(values), Vector<width>{}};
 }
 template <int width>

@@ -26,12 +26,14 @@ std::complex<float> calc_w_entry(std::uint64_t k, std::uint64_t n, Direction dir
     if (4 * k == n) return {0.0F, sign};
     if (4 * k == 3 * n) return {0.0F, -sign};
 
+    constexpr double half_pi = 1.5707963267948966;
     const auto index = static_cast<float>(k);
     const auto length = static_cast<float>(n);
     const float cosine_angle = index * -6.2831855F / length;
     const float sine_angle = index * 6.2831855F / length;
-    const auto cosine = static_cast<float>(taylor_sine(double{cosine_angle} + 1.5707963267948966));
-    const auto sine = static_cast<float>(taylor_sine(double{sine_angle}));
+    const auto cosine =
+        static_cast<float>(taylor_sine(static_cast<double>(cosine_angle) + half_pi));
+    const auto sine = static_cast<float>(taylor_sine(static_cast<double>(sine_angle)));
     return {cosine, direction == Direction::forward ? -sine : sine};
 }
 

@@ -75,21 +75,21 @@ void expect_transform(const FFT& forward, const FFT& inverse, const std::vector<
     const Signal spectrum = transform(forward, in);
     const std::vector<Exact> roots = sorvo_test::exact_roots(n, -1);
     long double energy = 0;
-    for (const In& value : in) energy += std::norm(Exact(static_cast<std::complex<float>>(value)));
+    for (const In& value : in) energy += std::norm(sorvo_test::to_exact(value));
     const auto norm = static_cast<double>(std::sqrt(energy));
-    // The size of an error in one output against that of a typical output.
+    // The error of one output against the size of a typical one; measured: at most 1.8e-6.
     for (const std::size_t k : {std::size_t{0}, std::size_t{1}, n / 3, n / 2, n - 1}) {
         const Exact exact = sorvo_test::exact_bin(in, roots, k % n);
-        EXPECT_LT(std::abs(Exact(spectrum[k % n]) - exact), 4e-6 * norm) << n << ' ' << k;
+        EXPECT_LT(std::abs(Exact(spectrum[k % n]) - exact), 2.5e-6 * norm) << n << ' ' << k;
     }
     const Signal back = transform(inverse, spectrum);
-    EXPECT_LT(sorvo_test::relative_error(back, in), 1.2e-6) << n;
+    EXPECT_LT(sorvo_test::relative_error(back, in), 8e-7) << n;  // measured: 6.1e-7
 
     // The inverse of real input is the conjugate of its spectrum over n.
     Signal conjugate = transform(inverse, in);
     for (auto& value : conjugate) value = std::conj(value) * static_cast<float>(n);
     if constexpr (!std::is_same_v<In, std::complex<float>>) {
-        EXPECT_LT(sorvo_test::relative_error(conjugate, spectrum), 1.2e-6) << n;
+        EXPECT_LT(sorvo_test::relative_error(conjugate, spectrum), 1.2e-7) << n;
     }
 }
 
@@ -98,21 +98,15 @@ TEST(Sweep, EveryLengthTransformsAndComesBackFromEveryInputType) {
         const FFT forward(n, true);
         const FFT inverse(n, false);
         const Signal in = sorvo_test::random_signal(n);
-        std::vector<float> reals(n);
-        std::vector<short> shorts(n);
-        for (std::size_t j = 0; j < n; ++j) {
-            reals[j] = in[j].real();
-            shorts[j] = static_cast<short>(in[j].imag() * 5000.0F);
-        }
         expect_transform(forward, inverse, in);
-        expect_transform(forward, inverse, reals);
-        expect_transform(forward, inverse, shorts);
+        expect_transform(forward, inverse, sorvo_test::real_parts(in));
+        expect_transform(forward, inverse, sorvo_test::short_parts(in));
 
         Signal in_place = in;
         forward.exec(in_place.data(), in_place.data());
         EXPECT_EQ(in_place, transform(forward, in)) << n;
         inverse.exec(in_place.data(), in_place.data());
-        EXPECT_LT(sorvo_test::relative_error(in_place, in), 1.2e-6) << n;
+        EXPECT_LT(sorvo_test::relative_error(in_place, in), 8e-7) << n;
     }
 }
 

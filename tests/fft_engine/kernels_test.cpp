@@ -23,7 +23,7 @@ using sorvo_test::Signal;
 
 template <class In>
 void expect_blocks(const FFTImpl& implementation, const std::vector<In>& in, unsigned n, int sign,
-                   float scale) {
+                   long double scale) {
     Signal out(in.size() + 1, {99.0F, 99.0F});
     implementation.exec(in.data(), out.data());
     for (std::size_t block = 0; block < in.size(); block += n) {
@@ -41,23 +41,19 @@ void expect_blocks(const FFTImpl& implementation, const std::vector<In>& in, uns
 TEST(HardKernels, TransformEachBlockInEveryFlavour) {
     for (unsigned n = 1; n <= 5; ++n) {
         const Signal complexes = sorvo_test::random_signal(3 * n);
-        std::vector<float> reals;
-        std::vector<short> shorts;
-        for (const auto& value : complexes) {
-            reals.push_back(value.real());
-            shorts.push_back(static_cast<short>(value.imag() * 9000.0F));
-        }
-        const float inverse_n = 1.0F / static_cast<float>(n);
-        const auto expect_all = [&](const FFTImpl& implementation, int sign, float scale) {
+        const std::vector<float> reals = sorvo_test::real_parts(complexes);
+        const std::vector<short> shorts = sorvo_test::short_parts(complexes);
+        const long double inverse_n = 1.0L / n;
+        const auto expect_all = [&](const FFTImpl& implementation, int sign, long double scale) {
             expect_blocks(implementation, complexes, n, sign, scale);
             expect_blocks(implementation, reals, n, sign, scale);
             expect_blocks(implementation, shorts, n, sign, scale);
         };
-        expect_all(DFTHARDImpl(n, 3 * n), -1, 1.0F);
+        expect_all(DFTHARDImpl(n, 3 * n), -1, 1.0L);
         expect_all(IDFTHARDImpl(n, 3 * n, true), +1, inverse_n);
-        expect_all(IDFTHARDImpl(n, 3 * n, false), +1, 1.0F);
+        expect_all(IDFTHARDImpl(n, 3 * n, false), +1, 1.0L);
         expect_all(IDFTImpl(n, 3 * n, true), +1, inverse_n);
-        expect_all(IDFTImpl(n, 3 * n, false), +1, 1.0F);
+        expect_all(IDFTImpl(n, 3 * n, false), +1, 1.0L);
     }
 }
 
@@ -75,12 +71,8 @@ TEST(HardKernels, LengthTwoIsSumAndDifference) {
 /// Outputs for each input type and for values at the ends of the range, as one array.
 Signal outputs(const FFTImpl& implementation, unsigned n) {
     Signal in = sorvo_test::random_signal(n);
-    std::vector<float> reals;
-    std::vector<short> shorts;
-    for (const auto& value : in) {
-        reals.push_back(value.real());
-        shorts.push_back(static_cast<short>(value.imag() * 9000.0F));
-    }
+    const std::vector<float> reals = sorvo_test::real_parts(in);
+    const std::vector<short> shorts = sorvo_test::short_parts(in);
     Signal all(4 * std::size_t{n});
     implementation.exec(shorts.data(), all.data());
     implementation.exec(reals.data(), all.data() + n);

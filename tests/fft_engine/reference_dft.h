@@ -22,13 +22,21 @@ inline std::vector<Exact> exact_roots(std::size_t n, int sign) {
     return roots;
 }
 
+template <class Value>
+Exact to_exact(const Value& value) {
+    return Exact(std::complex<float>(value));
+}
+inline Exact to_exact(const Exact& value) {
+    return value;
+}
+
 /// One output of the transform by its definition, not scaled.
 template <class In>
 Exact exact_bin(const std::vector<In>& in, const std::vector<Exact>& roots, std::size_t k) {
     Exact sum = 0;
     std::size_t angle = 0;
     for (const In& value : in) {
-        sum += Exact(static_cast<std::complex<float>>(value)) * roots[angle];
+        sum += to_exact(value) * roots[angle];
         angle += k;
         if (angle >= roots.size()) angle -= roots.size();
     }
@@ -49,8 +57,8 @@ double relative_error(const Signal& actual, const std::vector<Expected>& expecte
     long double error = 0;
     long double norm = 0;
     for (std::size_t k = 0; k < actual.size(); ++k) {
-        error += std::norm(Exact(actual[k]) - Exact(expected[k]));
-        norm += std::norm(Exact(expected[k]));
+        error += std::norm(to_exact(actual[k]) - to_exact(expected[k]));
+        norm += std::norm(to_exact(expected[k]));
     }
     return static_cast<double>(std::sqrt(error / norm));
 }
@@ -61,6 +69,19 @@ inline Signal random_signal(std::size_t n) {
     Signal signal(n);
     for (auto& value : signal) value = {normal(generator), normal(generator)};
     return signal;
+}
+
+inline std::vector<float> real_parts(const Signal& signal) {
+    std::vector<float> parts;
+    for (const auto& value : signal) parts.push_back(value.real());
+    return parts;
+}
+
+/// The imaginary parts in steps of 1/4000.
+inline std::vector<short> short_parts(const Signal& signal) {
+    std::vector<short> parts;
+    for (const auto& value : signal) parts.push_back(static_cast<short>(value.imag() * 4000.0F));
+    return parts;
 }
 
 }  // namespace sorvo_test
