@@ -242,13 +242,19 @@ struct Transpose {
             float* const to = target.first_row + (imaginary ? target.im_offset : 0);
             for (std::size_t row = 0; row < lane_n; row += width) {
                 for (std::size_t column = 0; column < target.row_n; column += width) {
+                    // Below the last row that row is read again; the values go where nobody looks.
+                    const float* from_row =
+                        from + std::min(row, source.row_n - 1) * source.row_stride + column;
                     Vector<width> tile[width];
+#pragma GCC unroll 16
                     for (std::size_t i = 0; i < width; ++i) {
-                        const std::size_t r = std::min(row + i, source.row_n - 1);
-                        tile[i] = load<width>(from + r * source.row_stride + column);
+                        tile[i] = load<width>(from_row);
+                        if (row + i + 1 < source.row_n) from_row += source.row_stride;
                     }
                     transpose_tile(tile);
-                    for (std::size_t i = 0; i < width && column + i < target.row_n; ++i) {
+#pragma GCC unroll 16
+                    for (std::size_t i = 0; i < width; ++i) {
+                        if (column + i >= target.row_n) break;
                         store(to + target.index[column + i] * target.row_stride + row, tile[i]);
                     }
                 }
@@ -262,8 +268,10 @@ struct Transpose {
     /// roles.
     template <std::size_t width>
     [[gnu::always_inline]] static void transpose_tile(Vector<width> (&tile)[width]) {
+#pragma GCC unroll 16
         for (std::size_t rounds = width; rounds > 1; rounds /= 2) {
             Vector<width> zipped[width];
+#pragma GCC unroll 16
             for (std::size_t i = 0; i < width / 2; ++i) {
                 zipped[2 * i] = zip_low(tile[i], tile[i + width / 2]);
                 zipped[2 * i + 1] = zip_high(tile[i], tile[i + width / 2]);
@@ -299,11 +307,13 @@ struct ButterflyStage {
                     float* const row = base + k * row_floats + lane;
                     Complex<Vector<width>> x[radix];
                     x[0] = load_row<width>(row);
+#pragma GCC unroll 16
                     for (std::size_t a = 1; a < radix; ++a) {
                         x[a] = apply_twiddle<kind>(load_row<width>(row + a * step), twiddles,
                                                    k * (radix - 1) + a - 1, lane);
                     }
                     butterfly(x);
+#pragma GCC unroll 16
                     for (std::size_t a = 0; a < radix; ++a) store_row(row + a * step, x[a]);
                 }
             }
