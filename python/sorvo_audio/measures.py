@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import ctypes
+import math
 import warnings
 from collections.abc import Callable, Sequence
 from typing import Any
@@ -12,20 +13,23 @@ from . import native
 from ._arguments import Floats, apply, count, number, real
 
 
-def _items(function: Callable[[Any, Any, int], int], x: Floats, axis: int | Sequence[int] | None) -> Floats:
-    """Applies ``function`` to items of ``x`` that each are one flat array for the library."""
+def _items(function: Callable[[Any, Any, int], int], name: str, value: Any,
+           axis: int | Sequence[int] | None) -> tuple[Floats, Floats]:
+    """``value`` as an array, and ``function`` of its items, each one flat array for the library."""
+    ndim = np.ndim(value)
     if axis is None:
-        item_ndim = x.ndim
+        item_ndim = ndim
     else:
-        axes = sorted(a % x.ndim if -x.ndim <= a < x.ndim else -1
+        axes = sorted(a % ndim if -ndim <= a < ndim else -1
                       for a in ([axis] if isinstance(axis, int) else axis))
         item_ndim = len(axes)
-        if axes != list(range(x.ndim - item_ndim, x.ndim)) or not axes:
+        if axes != list(range(ndim - item_ndim, ndim)) or not axes:
             raise ValueError(f"axis is {axis!r}; it must be None, -1, or a tuple of the last axes such as "
                              "(-2, -1)")
-    shape = x.shape[x.ndim - item_ndim:]
-    n = count("the number of values of an item", int(np.prod(shape, dtype=object)))
-    return apply(lambda dst, src: function(dst, src, n), x, item_ndim, shape)
+    shape = np.shape(value)[ndim - item_ndim:]
+    n = count(f"the number of values of {name}", math.prod(shape))
+    x = real(name, value, 0)
+    return x, apply(lambda dst, src: function(dst, src, n), x, item_ndim, shape)
 
 
 def power_to_db(S: Any, *, ref: Any = np.max, top_db: float | None = 80.0,
@@ -38,12 +42,11 @@ def power_to_db(S: Any, *, ref: Any = np.max, top_db: float | None = 80.0,
     top_db  dynamic range to keep; None keeps all
     axis    over which the maximum is taken: None all of S; (-2, -1) each spectrogram of a batch
     """
-    S = real("S", S, 0)
     if ref is not np.max and ref != "max":
         raise ValueError(f"ref is {ref!r}; it must be numpy.max. Decibels relative to 1: add "
                          "10 * numpy.log10(max(S.max(), 1e-10))")
     floor = -1.0 if top_db is None else number("top_db", top_db, minimum=0.0)
-    return _items(lambda dst, src, n: native.sorvoAudioConvertPowerToDB(dst, src, n, floor), S, axis)
+    return _items(lambda dst, src, n: native.sorvoAudioConvertPowerToDB(dst, src, n, floor), "S", S, axis)[1]
 
 
 def log1p(x: Any) -> Floats:
@@ -51,7 +54,7 @@ def log1p(x: Any) -> Floats:
 
     x [...] -> [...]
     """
-    return _items(native.sorvoAudioLog1p, real("x", x, 0), None)
+    return _items(native.sorvoAudioLog1p, "x", x, None)[1]
 
 
 def standardize(x: Any, *, axis: int | Sequence[int] | None = None) -> Floats:
@@ -64,8 +67,7 @@ def standardize(x: Any, *, axis: int | Sequence[int] | None = None) -> Floats:
     Sums are kept in float32. Where the variance comes out negative by rounding (a large mean beside a small
     variance), all values of that population are NaN, and a RuntimeWarning says so.
     """
-    x = real("x", x, 0)
-    result = _items(native.sorvoAudioStandardize, x, axis)
+    x, result = _items(native.sorvoAudioStandardize, "x", x, axis)
     over = axis if axis is None or isinstance(axis, int) else tuple(axis)
     lost = np.isnan(result) & np.isfinite(x).all(over, keepdims=True)
     if lost.any():

@@ -1,0 +1,54 @@
+"""The package installs without a network or a compiler, and its types hold."""
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+PYTHON = pathlib.Path(__file__).parents[2] / "python"
+
+
+def run(*command, **options):
+    return subprocess.run([str(word) for word in command], text=True, stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, **options)
+
+
+def has(module):
+    return run(sys.executable, "-c", f"import {module}").returncode == 0
+
+
+class Package(unittest.TestCase):
+    @unittest.skipUnless(has("mypy"), "mypy is not installed")
+    def test_types(self):
+        with tempfile.TemporaryDirectory() as cache:
+            done = run(sys.executable, "-m", "mypy", "--cache-dir", cache, cwd=PYTHON)
+        self.assertEqual(done.returncode, 0, done.stdout)
+
+    @unittest.skipUnless(has("pip"), "pip is not installed")
+    def test_install_and_search_for_the_library(self):
+        with tempfile.TemporaryDirectory(prefix="with space ") as folder:
+            done = run(sys.executable, "-m", "pip", "install", "--no-index", "--no-deps", "--no-compile",
+                       "--target", folder, PYTHON)
+            self.assertEqual(done.returncode, 0, done.stdout)
+            package = pathlib.Path(folder, "sorvo_audio")
+            self.assertTrue((package / "py.typed").exists())
+            program = ("import sorvo_audio; print(sorvo_audio.__file__, sorvo_audio.native._library._name, "
+                       "*sorvo_audio.get_window('hann', 4))")
+            library = os.environ["SORVO_AUDIO_LIBRARY"]
+            environment = {**os.environ, "PYTHONPATH": folder}
+            expected = [str(package / "__init__.py"), library, "0.0", "0.5", "1.0", "0.5"]
+
+            def printed(**extra):
+                return run(sys.executable, "-c", program, cwd=folder, env={**environment, **extra}).stdout
+
+            self.assertEqual(printed(), " ".join(expected) + "\n")
+            self.assertIn("set SORVO_AUDIO_LIBRARY", printed(SORVO_AUDIO_LIBRARY="/nowhere.so"))
+            beside = package / "libsorvo_audio.so.0"
+            beside.symlink_to(library)
+            expected[1] = str(beside)
+            self.assertEqual(printed(SORVO_AUDIO_LIBRARY="/nowhere.so"), " ".join(expected) + "\n")
+
+
+if __name__ == "__main__":
+    unittest.main()
