@@ -138,8 +138,8 @@ class Errors(unittest.TestCase):
         huge = np.broadcast_to(np.float32(0), 2**31)
         cases = (
             (lambda: sa.stft(huge), ValueError, r"y.shape\[0\] is 2147483648; .* 1 to 2147483647"),
-            (lambda: sa.log1p(huge.reshape(2, 2**30)), ValueError, "number of values of x is 2147483648; .* 1 to"),
-            (lambda: sa.resample(y, orig_sr=1, target_sr=2**31 - 1), ValueError, "y has 4000 samples; .* more"),
+            (lambda: sa.log1p(huge.reshape(2, 2**30)), ValueError, "values of x is 2147483648; .* 1 to"),
+            (lambda: sa.resample(y, orig_sr=1, target_sr=2**31 - 1), ValueError, "y has 4000 .* more"),
             (lambda: sa.stft(y, n_fft=2**31), ValueError, "n_fft is 2147483648; .* 1 to 2147483647"),
             (lambda: sa.stft(y, hop_length=0), ValueError, "hop_length is 0; .* from 1"),
             (lambda: sa.stft(y, n_fft=400.0), TypeError, "n_fft is 400.0; it must be an integer"),
