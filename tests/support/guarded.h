@@ -18,6 +18,8 @@ class Guarded {
   public:
     explicit Guarded(std::size_t n) : n_(n), storage_(n + 2 * guard_n, sentinel()) {}
 
+    void reset() { std::fill(storage_.begin(), storage_.end(), sentinel()); }
+
     T* data() { return storage_.data() + guard_n; }
     operator T*() { return data(); }
     std::size_t size() const { return n_; }
