@@ -20,7 +20,7 @@ using sorvo_tool::Exit;
 #define SORVO_VERSION_TEXT(major, minor, patch) \
     SORVO_TEXT_OF(major) "." SORVO_TEXT_OF(minor) "." SORVO_TEXT_OF(patch)
 
-// "mel: " once the command is known, to stand behind the program's name in messages.
+// " mel" once the command is known, to stand behind the program's name in messages.
 std::string chosen_command(const CLI::App& root) {
     const auto chosen = root.get_subcommands();
     return chosen.empty() ? "" : " " + chosen.front()->get_name();
@@ -33,8 +33,12 @@ int run(int argc, char** argv) {
                                            SORVO_AUDIO_VERSION_PATCH));
     root.require_subcommand(1);
     root.get_formatter()->column_width(34);
-    const std::vector<Command> commands{sorvo_tool::add_info_command(root),
-                                        sorvo_tool::add_mel_command(root)};
+    std::vector<Command> commands;
+    for (const auto add : {sorvo_tool::add_info_command, sorvo_tool::add_stft_command,
+                           sorvo_tool::add_istft_command, sorvo_tool::add_mel_command,
+                           sorvo_tool::add_resample_command, sorvo_tool::add_filter_command,
+                           sorvo_tool::add_filtfilt_command, sorvo_tool::add_trim_command})
+        commands.push_back(add(root));
     sorvo_tool::add_examples(
         root, {"info speech.wav", "mel speech.wav -o speech.npy --picture speech.png --db",
                "mel --help"});
@@ -45,6 +49,11 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) return root.exit(error);  // --help, --version
         const std::string command = chosen_command(root);
+        if (command.empty() && argc > 1 && argv[1][0] != '-') {
+            std::fprintf(stderr, "sorvo-audio: %s is no command; see sorvo-audio --help\n",
+                         argv[1]);
+            return static_cast<int>(Exit::usage);
+        }
         std::fprintf(stderr, "sorvo-audio%s: %s; see sorvo-audio%s --help\n", command.c_str(),
                      error.what(), command.c_str());
         return static_cast<int>(Exit::usage);

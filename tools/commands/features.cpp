@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <limits>
 #include <utility>
 
 #include "support/sound.h"
@@ -37,6 +38,10 @@ Signal load_signal(const std::string& path, int sample_rate, Report& report) {
 
 std::vector<float> to_decibels(const std::vector<float>& values, float power, float top_db,
                                const std::string& file) {
+    if (values.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+        throw Failure(Exit::input_failed, file,
+                      "has " + std::to_string(values.size()) + " cells, too many for decibels",
+                      "limit 2147483647", "split the sound, or leave out --db and pictures");
     std::vector<float> result = values;
     if (power != 2)  // the library takes powers
         for (float& value : result) value = std::pow(value, 2 / power);

@@ -34,7 +34,7 @@ std::string json_value(const FactValue& value) {
             else if constexpr (std::is_same_v<Held, std::int64_t>)
                 return integer(held);
             else if constexpr (std::is_same_v<Held, double>)
-                return std::isfinite(held) ? short_number(held) : "null";  // JSON has no infinity
+                return std::isfinite(held) ? exact_number(held) : "null";  // JSON has no infinity
             else if constexpr (std::is_same_v<Held, std::string>)
                 return quoted(held);
             else if constexpr (std::is_same_v<Held, std::vector<std::int64_t>>)

@@ -51,14 +51,6 @@ CLI::Validator at_most(double limit) {
     return bound(limit, "at most ", [=](double value) { return value <= limit; });
 }
 
-CLI::Option* add_coefficients(CLI::App& app, const std::string& name, std::vector<float>& target,
-                              const std::string& description) {
-    return app.add_option(name, target, description)
-        ->delimiter(',')
-        ->allow_extra_args(false)
-        ->type_name("C,C,...");
-}
-
 void add_examples(CLI::App& app, const std::vector<std::string>& examples) {
     std::string text = "Examples:";
     for (const std::string& example : examples) text += "\n  sorvo-audio " + example;

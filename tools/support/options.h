@@ -26,10 +26,6 @@ CLI::Option* add_choice(CLI::App& app, const std::string& name, std::optional<in
 CLI::Validator at_least(double limit);
 CLI::Validator at_most(double limit);
 
-// Coefficients as 1,-0.9 or as several arguments.
-CLI::Option* add_coefficients(CLI::App& app, const std::string& name, std::vector<float>& target,
-                              const std::string& description);
-
 // The part of every --help behind the options: each line a command that can be pasted.
 void add_examples(CLI::App& app, const std::vector<std::string>& examples);
 

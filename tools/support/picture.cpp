@@ -139,8 +139,8 @@ std::vector<double> even_ticks(double lowest, double highest, int tick_n) {
     for (const double digit : {5.0, 2.0, 1.0})
         if (digit * power >= rough) step = digit * power;
     std::vector<double> ticks;
-    const double first = std::ceil(lowest / step - 1e-9);
-    for (double i = first; i * step <= highest + step * 1e-9; ++i) ticks.push_back(i * step + 0.0);
+    const double first = std::ceil(lowest / step - 1e-9) + 0.0;  // + 0: no minus zero
+    for (double i = first; i * step <= highest + step * 1e-9; ++i) ticks.push_back(i * step);
     return ticks;
 }
 
@@ -233,9 +233,10 @@ void draw_colour_bar(Canvas& canvas, const Picture& picture, const Box& bar) {
 
 Pixels draw_with_axes(const Picture& picture) {
     // Whole numbers of pixels for each row keep bands equally high.
-    const std::size_t row_height = std::max<std::size_t>(1, 400 / picture.row_n);
-    const double height =
-        static_cast<double>(picture.row_n <= 400 ? row_height * picture.row_n : std::size_t{400});
+    constexpr std::size_t least = 400;
+    constexpr std::size_t most = 640;
+    const std::size_t row_height = (least + picture.row_n - 1) / picture.row_n;
+    const auto height = static_cast<double>(std::min(row_height * picture.row_n, most));
     const double seconds = picture.seconds_per_column * static_cast<double>(picture.column_n);
     const double width = std::round(std::clamp(seconds * 200, 640.0, 1600.0));
 

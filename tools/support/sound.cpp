@@ -149,6 +149,8 @@ std::size_t write_sound(const std::string& path, const Sound& sound) {
         std::string reason;
         File file = open_file(temporary, SFM_WRITE, info, reason);
         if (!file) throw cannot_write(path, reason);
+        // The chunk holds the time of day; without it equal sounds are equal files.
+        sf_command(file.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
 
         const std::size_t channel_n = sound.channels.size();
         const auto sample_n = static_cast<std::size_t>(sound.sample_n());

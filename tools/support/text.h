@@ -15,6 +15,12 @@ inline std::string short_number(double value) {
     return {text.data(), end.ptr};
 }
 
+// As many digits as it takes to read the same value again.
+inline std::string exact_number(double value) {
+    std::array<char, 32> text{};
+    return {text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr};
+}
+
 // "3 files", "1 file"
 inline std::string counted(std::size_t count, const std::string& noun) {
     return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
