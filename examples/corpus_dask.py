@@ -80,8 +80,8 @@ class Progress:
             elapsed = max(time.monotonic() - self.begin, 1e-3)
             left = elapsed / self.done * (self.total - self.done)
             print(f"{self.done}/{self.total}, {self.seconds / elapsed:.0f} times real time, "
-                  f"{left:.0f} s left, {len(self.failures)} failed", end="\r" if terminal and self.done < self.total else "\n",
-                  file=sys.stderr, flush=True)
+                  f"{left:.0f} s left, {len(self.failures)} failed",
+                  end="\r" if terminal and self.done < self.total else "\n", file=sys.stderr, flush=True)
 
 
 def run(client, jobs, preset_name):

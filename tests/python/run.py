@@ -3,10 +3,16 @@ import importlib.util
 import sys
 import unittest
 
-if importlib.util.find_spec("numpy") is None:
-    print("skipped: numpy is not installed")
-    sys.exit(77)
-result = unittest.main(module=sys.argv.pop(1), exit=False, verbosity=2).result
-if not result.wasSuccessful():
-    sys.exit(1)
-sys.exit(77 if result.testsRun == len(result.skipped) else 0)
+
+def main():
+    if importlib.util.find_spec("numpy") is None:
+        print("skipped: numpy is not installed")
+        return 77
+    result = unittest.main(module=sys.argv.pop(1), exit=False, verbosity=2).result
+    if not result.wasSuccessful():
+        return 1
+    return 77 if result.testsRun == len(result.skipped) else 0
+
+
+if __name__ == "__main__":  # the processes of a Dask cluster import this module again
+    sys.exit(main())
