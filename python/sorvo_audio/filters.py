@@ -79,8 +79,9 @@ def resample(y: Any, *, orig_sr: int, target_sr: int) -> Floats:
 
     y [..., samples] -> [..., ceil(target_sr / orig_sr * samples)]
 
-    Outputs at or after the time of the last input sample are 0. With target_sr / orig_sr = up / down in
-    lowest terms and an even ``up``, everything lies 0.5 / up of an input sample early.
+    Outputs later than half an input sample before the last input sample are 0; two zeros behind the source
+    get them. With target_sr / orig_sr = up / down in lowest terms and an even ``up``, everything lies
+    0.5 / up of an input sample early.
     """
     y = real("y", y)
     orig_sr, target_sr = count("orig_sr", orig_sr), count("target_sr", target_sr)

@@ -1,6 +1,7 @@
 """The package installs without a network or a compiler, and its types hold."""
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -24,6 +25,12 @@ class Package(unittest.TestCase):
         with tempfile.TemporaryDirectory() as cache:
             done = run(sys.executable, "-m", "mypy", "--cache-dir", cache, cwd=PYTHON)
         self.assertEqual(done.returncode, 0, done.stdout)
+
+    def test_code_of_the_read_me(self):
+        blocks = re.findall(r"^```python\n(.*?)^```", (PYTHON / "README.md").read_text(), re.M | re.S)
+        self.assertTrue(blocks)
+        for block in blocks:
+            exec(block, {})
 
     @unittest.skipUnless(has("pip"), "pip is not installed")
     def test_install_and_search_for_the_library(self):

@@ -1,0 +1,209 @@
+#!/usr/bin/python3
+"""Measures how far the calls of other toolkits are from those of this package.
+
+    equivalences.py                           prints the tables
+    equivalences.py --update FILE             writes them into a document
+    equivalences.py --check FILE              compares them with it: same rows, no difference much larger
+
+Both sides of a row are evaluated as they are printed. Where a toolkit is not in Debian, its formula, written
+out in double precision, takes its place. Rows whose toolkit is not installed are left out of a check.
+"""
+import argparse
+import math
+import re
+import sys
+import warnings
+
+try:
+    import numpy as np
+    import scipy.signal
+except ImportError as error:
+    print(f"skipped: {error}")
+    sys.exit(77)
+try:
+    import torch
+    import torchaudio
+except ImportError:
+    torch = None
+
+import references
+import sorvo_audio
+
+# The figure varies with the processor for which the other toolkit chooses its code.
+ALLOWED = 3
+BEGIN, END = "<!-- measured by tests/python/equivalences.py -->\n", "<!-- end -->\n"
+
+TABLES = {
+    "Transforms and windows": [
+        ("numpy.fft.fft(y)", "fft(y)"),
+        ("numpy.fft.ifft(Y)", "ifft(Y)"),
+        ("torch.fft.fft(y)", "fft(y)"),
+        ('scipy.signal.get_window("hann", 400)', 'get_window("hann", 400)'),
+        ("torch.hann_window(400)", 'get_window("hann", 400)'),
+        ("torch.hamming_window(400)", 'get_window("hamming", 400)'),
+        ("torch.hann_window(400, periodic=False)[:399]", 'get_window("hann", 399)'),
+    ],
+    "Spectrograms": [
+        ("torch.stft(y, 400, 160, window=torch.hann_window(400), return_complex=True)",
+         "stft(y, n_fft=400, hop_length=160)"),
+        ("torch.stft(y, 512, 160, 400, torch.hann_window(400), return_complex=True)",
+         "stft(y, n_fft=512, hop_length=160, win_length=400)"),
+        ("torch.stft(y, 400, 160, window=torch.hann_window(400), center=False, return_complex=True)",
+         "stft(y, n_fft=400, hop_length=160, center=False)"),
+        ('torch.stft(y, 400, 160, window=torch.hann_window(400), pad_mode="constant", return_complex=True)',
+         'stft(y, n_fft=400, hop_length=160, pad_mode="constant")[..., :1 + n // 160]'),
+        ("torchaudio.transforms.Spectrogram(400, hop_length=160)(y)",
+         "stft(y, n_fft=400, hop_length=160, power=2)"),
+        ("torchaudio.transforms.Spectrogram(400, hop_length=160, power=1, normalized=True)(y)",
+         'stft(y, n_fft=400, hop_length=160, power=1, norm="window")'),
+        ("scipy.signal.stft(y, nperseg=400, noverlap=240)[2]",
+         'stft(y, n_fft=400, hop_length=160, pad_mode="constant", norm="length")'),
+        ('librosa.stft(y, n_fft=400, hop_length=160, pad_mode="reflect")',
+         "stft(y, n_fft=400, hop_length=160)", "spectra(y, 400, 160)"),
+        ("librosa.stft(y, n_fft=400, hop_length=160)",
+         'stft(y, n_fft=400, hop_length=160, pad_mode="constant")[..., :1 + n // 160]',
+         'spectra(y, 400, 160, "constant")'),
+        ("torch.istft(S, 400, 160, window=torch.hann_window(400))", "istft(S, hop_length=160)"),
+        ("scipy.signal.istft(S, nperseg=400, noverlap=240)[1]",
+         'istft(S, hop_length=160, norm="length")'),
+        ("torch.abs(S)", "magphase(S)[0]"),
+        ("torch.angle(S)", 'magphase(S, phase="angle")[1]'),
+    ],
+    "Mel": [
+        ('torchaudio.functional.melscale_fbanks(201, 0, 8000, 80, 16000, "slaney", "slaney").T',
+         "mel_filterbank(sr=16000, n_fft=400, n_mels=80)"),
+        ('torchaudio.functional.melscale_fbanks(201, 0, 8000, 80, 16000, None, "htk").T',
+         "mel_filterbank(sr=16000, n_fft=400, n_mels=80, htk=True, norm=None)"),
+        ("librosa.filters.mel(sr=22050, n_fft=2048)", "mel_filterbank(sr=22050, n_fft=2048)",
+         "mel_bank(22050, 2048, 128)"),
+        ("torchaudio.transforms.MelSpectrogram()(y)", "presets.torchaudio.features(y)"),
+        ("librosa.feature.melspectrogram(y=y, sr=22050)", "presets.librosa.features(y)", "librosa_mel(y)"),
+        ("whisper.log_mel_spectrogram(y)", "presets.whisper.features(y)", "whisper(y, 80)"),
+        ("whisper.log_mel_spectrogram(y, n_mels=128)", "presets.whisper_128.features(y)", "whisper(y, 128)"),
+        ("TacotronSTFT().mel_spectrogram(y)", "presets.tacotron2.features(y)", "tacotron2(y)"),
+        ("mel_spectrogram(y, 1024, 80, 22050, 256, 1024, 0, 8000) of HiFi-GAN",
+         "presets.hifigan.features(y)", "hifigan(y)"),
+        ("torchaudio.functional.amplitude_to_DB(P, 10, 1e-10, torch.log10(P.max()), 80.0)", "power_to_db(P)"),
+        ("librosa.power_to_db(P, ref=numpy.max)", "power_to_db(P)", "decibels(P)"),
+    ],
+    "Filters": [
+        ("scipy.signal.lfilter(b, a, y)", "lfilter(b, a, y)"),
+        ("scipy.signal.lfilter(b, a, y, zi=zi)[0]", "lfilter(b, a, y, zi=zi)[0]"),
+        ("scipy.signal.lfilter_zi(b, a)", "lfilter_zi(b, a)"),
+        ("scipy.signal.filtfilt(b, a, y)", "filtfilt(b, a, y)"),
+        ('scipy.signal.filtfilt(b, a, y, padtype="even", padlen=50)',
+         'filtfilt(b, a, y, padtype="even", padlen=50)'),
+        ('scipy.signal.filtfilt(b, a, y, padtype="constant")', 'filtfilt(b, a, y, padtype="constant")'),
+        ("scipy.signal.filtfilt(b, a, y, padtype=None)", "filtfilt(b, a, y, padtype=None)"),
+        ("torchaudio.functional.lfilter(y, a, b, clamp=False)", "lfilter(b, a, y)"),
+    ],
+    "Sample rate: other filters, so not the same numbers": [
+        ("scipy.signal.resample_poly(y, 1, 2)", "resample(y, orig_sr=16000, target_sr=8000)"),
+        ("scipy.signal.resample_poly(y, 441, 160)", "resample(y, orig_sr=16000, target_sr=44100)"),
+        ("scipy.signal.resample_poly(y, 3, 1)", "resample(y, orig_sr=16000, target_sr=48000)"),
+        ("torchaudio.functional.resample(y, 16000, 8000)", "resample(y, orig_sr=16000, target_sr=8000)"),
+        ("torchaudio.functional.resample(y, 16000, 48000)", "resample(y, orig_sr=16000, target_sr=48000)"),
+    ],
+    "Values": [
+        ("numpy.log1p(P)", "log1p(P)"),
+        ("(y - y.mean()) / y.std()", "standardize(y)"),
+    ],
+}
+
+
+def names():
+    """What the expressions may use: double precision for scipy, float32 for torch and for this package."""
+    y = references.speech_like(22051)
+    b, a = scipy.signal.butter(4, 0.2)
+    inputs = {"y": y, "b": np.float32(b), "a": np.float32(a), "zi": np.float32([0.1, -0.2, 0.3, 0.1]),
+              "Y": np.fft.fft(y).astype(np.complex64), "S": sorvo_audio.stft(y, n_fft=400, hop_length=160),
+              "P": sorvo_audio.melspectrogram(y, sr=16000, n_fft=400, n_mels=80)}
+    ours = {"n": len(y), **inputs, **vars(sorvo_audio)}
+    double = {name: value.astype(complex if np.iscomplexobj(value) else float)
+              for name, value in inputs.items()}
+    double.update(vars(references), numpy=np, scipy=scipy, decibels=lambda P: np.maximum(
+        10 * np.log10(np.maximum(P, 1e-10)) - 10 * np.log10(P.max()), -80))
+    tensors = None
+    if torch:
+        tensors = {name: torch.from_numpy(value) for name, value in inputs.items()}
+        tensors.update(torch=torch, torchaudio=torchaudio)
+    return ours, double, tensors
+
+
+def difference(theirs, ours):
+    theirs, ours = np.asarray(theirs), np.asarray(ours)
+    if theirs.shape != ours.shape:
+        raise ValueError(f"shapes {theirs.shape} and {ours.shape}")
+    return float(np.abs(theirs - ours).max() / np.abs(theirs).max())
+
+
+def rows():
+    """(table, their call, our call, difference or None)"""
+    ours, double, tensors = names()
+    for table, calls in TABLES.items():
+        for their_call, our_call, *formula in calls:
+            variables = tensors if their_call.startswith("torch") else double
+            result = None
+            if variables:
+                theirs = eval(formula[0] if formula else their_call, variables)
+                result = difference(theirs, eval(our_call, ours))
+            yield table, their_call + (" †" if formula else ""), our_call, result
+
+
+def figure(value):
+    """Rounded up to one digit."""
+    exponent = math.floor(math.log10(value)) if value else 0
+    return f"{math.ceil(value / 10.0**exponent - 1e-9) * 10.0**exponent:.0e}" if value else "0"
+
+
+def markdown(measured):
+    lines, last = [], None
+    for table, their_call, our_call, value in measured:
+        if table != last:
+            lines += ["", f"### {table}", "", "| theirs | `sorvo_audio` | difference |", "|---|---|---|"]
+            last = table
+        call, mark, _ = their_call.partition(" †")
+        lines.append(f"| `{call}`{mark} | `{our_call}` | {'' if value is None else figure(value)} |")
+    return "\n".join([*lines, "", ""])
+
+
+def check(document, measured):
+    good = True
+    printed = dict(re.findall(r"^(\| `.*` \|) (\S+) \|$", document, re.M))
+    for line in markdown(measured).splitlines():
+        row = re.match(r"(\| `.*` \|) (\S*) \|$", line)
+        if row and row[1] not in printed:
+            print(f"not in the document: {line}")
+            good = False
+        elif row and row[2] and float(row[2]) > ALLOWED * float(printed[row[1]]):
+            print(f"larger than the {printed[row[1]]} of the document: {line}")
+            good = False
+    if len(printed) != len(measured):
+        print(f"{len(printed)} rows in the document, {len(measured)} measured")
+        good = False
+    return good
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawTextHelpFormatter)
+    parser.add_argument("--check")
+    parser.add_argument("--update")
+    options = parser.parse_args()
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore")  # torchaudio names bands without bins
+        measured = list(rows())
+    if options.update:
+        with open(options.update, encoding="utf-8") as file:
+            before, rest = file.read().split(BEGIN)
+        with open(options.update, "w", encoding="utf-8") as file:
+            file.write(before + BEGIN + markdown(measured) + END + rest.split(END)[1])
+    elif options.check:
+        with open(options.check, encoding="utf-8") as file:
+            return 0 if check(file.read(), measured) else 1
+    else:
+        print(markdown(measured))
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
