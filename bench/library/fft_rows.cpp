@@ -1,0 +1,38 @@
+#include <algorithm>
+#include <memory>
+
+#include "fft_peers.h"
+#include "plain.h"
+#include "rows.h"
+#include "signals.h"
+#include "sorvo_audio.h"
+
+namespace sorvo::bench {
+namespace {
+
+Row fft_row(int n) {
+    const auto size = static_cast<std::size_t>(n);
+    const std::shared_ptr<float[]> src = aligned_floats(size);
+    const std::vector<float> signal = make_signal(16000, 1.0);
+    std::copy_n(signal.begin(), size, src.get());
+
+    Row row{2 * size, 1e-6, {}};
+    row.variants.push_back({"ours", [=](float* dst) { sorvoAudioFFT(dst, src.get(), n); }});
+    row.variants.push_back({"plain", [=](float* dst) { plain_fft(dst, src.get(), n); }});
+    for (std::shared_ptr<FullSpectrum> peer : full_spectrum_peers(n)) {
+        row.variants.push_back({peer->name(), [=](float* dst) { peer->run(dst, src.get()); }});
+    }
+    return row;
+}
+
+}  // namespace
+
+Rows fft_rows() {
+    Rows rows;
+    for (const int n : {256, 512, 1024, 2048, 4096, 400, 480, 1200, 441, 97}) {
+        rows.push_back({"fft/" + std::to_string(n), [n] { return fft_row(n); }});
+    }
+    return rows;
+}
+
+}  // namespace sorvo::bench

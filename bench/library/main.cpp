@@ -1,0 +1,208 @@
+// Runs the rows of the comparison. For each row the variants' outputs are compared, then all are
+// timed side by side: their repetitions are interleaved at random. The raw times go to a JSON file
+// of Google Benchmark's form, of which report.py makes ratios.
+//
+//   library_bench --out=FILE [--rows=REGEX] [--list] [--benchmark_repetitions=N] ...
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <regex>
+
+#include "rows.h"
+#include "signals.h"
+#include "util/cpu.h"
+
+using sorvo::audio::CpuLevel;
+
+namespace {
+
+CpuLevel forced_level = CpuLevel::baseline;
+
+}  // namespace
+
+// The linker directs the library's calls of cpu_level() here.
+CpuLevel level_for_kernels() asm("__wrap__ZN5sorvo5audio9cpu_levelEv");
+CpuLevel level_for_kernels() {
+    return forced_level;
+}
+
+namespace {
+
+using namespace sorvo::bench;
+
+const char* level_name(CpuLevel level) {
+    switch (level) {
+        case CpuLevel::avx512:
+            return "avx512";
+        case CpuLevel::avx2:
+            return "avx2";
+        case CpuLevel::baseline:
+            break;
+    }
+    return "baseline";
+}
+
+CpuLevel highest_level() {
+    CpuLevel highest = CpuLevel::baseline;
+    for (const CpuLevel level : sorvo::audio::all_cpu_levels) {
+        if (sorvo::audio::cpu_supports(level)) highest = level;
+    }
+    return highest;
+}
+
+/// Keeps all results of many short runs, to be written as one file.
+class Collector : public benchmark::BenchmarkReporter {
+  public:
+    bool ReportContext(const Context& /*context*/) override { return true; }
+    void ReportRuns(const std::vector<Run>& report) override {
+        runs_.insert(runs_.end(), report.begin(), report.end());
+    }
+
+    bool write(const std::string& path) {
+        std::ofstream file(path);
+        benchmark::JSONReporter json;
+        json.SetOutputStream(&file);
+        json.SetErrorStream(&std::cerr);
+        json.ReportContext(Context());
+        json.ReportRuns(runs_);
+        json.Finalize();
+        return file.good();
+    }
+
+  private:
+    std::vector<Run> runs_;
+};
+
+double relative_difference(const float* a, const float* reference, std::size_t n) {
+    double difference = 0.0;
+    double energy = 0.0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const double r = static_cast<double>(reference[i]);
+        const double d = static_cast<double>(a[i]) - r;
+        difference += d * d;
+        energy += r * r;
+    }
+    return std::sqrt(difference / energy);
+}
+
+/// Every variant does the same task, or the figures mean nothing.
+bool outputs_agree(const Row& row, float* dst) {
+    if (row.tolerance == 0.0) return true;
+    std::vector<float> reference;
+    bool agree = true;
+    for (const Variant& variant : row.variants) {
+        std::fill(dst, dst + row.output_n, NAN);
+        variant.run(dst);
+        if (reference.empty()) {
+            reference.assign(dst, dst + row.output_n);
+        }
+        const double difference = relative_difference(dst, reference.data(), row.output_n);
+        if (!(difference <= row.tolerance)) {
+            std::fprintf(stderr, "  %s differs by %.2g\n", variant.name.c_str(), difference);
+            agree = false;
+        }
+    }
+    return agree;
+}
+
+void register_variant(const std::string& name, CpuLevel level, const Variant& variant, float* dst) {
+    benchmark::RegisterBenchmark(name.c_str(), [level, &variant, dst](benchmark::State& state) {
+        forced_level = level;
+        variant.run(dst);  // tables are built, caches warm
+        for (auto _ : state) {
+            variant.run(dst);
+            benchmark::ClobberMemory();
+        }
+    });
+}
+
+bool run_row(const RowMaker& maker, Collector& collector) {
+    forced_level = highest_level();
+    const Row row = maker.make();
+    const AlignedFloats dst = aligned_floats(row.output_n);
+    if (!outputs_agree(row, dst.get())) return false;
+
+    for (const Variant& variant : row.variants) {
+        const std::string name = maker.name + "/" + variant.name;
+        if (variant.name == "ours") {
+            for (const CpuLevel level : sorvo::audio::all_cpu_levels) {
+                if (sorvo::audio::cpu_supports(level)) {
+                    register_variant(name + ":" + level_name(level), level, variant, dst.get());
+                }
+            }
+        } else {
+            register_variant(name, highest_level(), variant, dst.get());
+        }
+    }
+    benchmark::RunSpecifiedBenchmarks(&collector, "all");
+    benchmark::ClearRegisteredBenchmarks();
+    return true;
+}
+
+/// The value of an argument "--name=value", which is then taken out of the list.
+std::string take_option(int& argc, char** argv, const std::string& name,
+                        const std::string& fallback) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (argument == name || argument.rfind(name + "=", 0) == 0) {
+            std::copy(argv + i + 1, argv + argc, argv + i);
+            --argc;
+            return argument == name ? "yes" : argument.substr(name.size() + 1);
+        }
+    }
+    return fallback;
+}
+
+/// Google Benchmark's options, the defaults of this program before those of the caller.
+bool initialise_benchmark(int argc, char** argv) {
+    std::vector<std::string> defaults = {
+        "--benchmark_enable_random_interleaving=true", "--benchmark_report_aggregates_only=true",
+        "--benchmark_repetitions=15", "--benchmark_min_time=0.03"};
+    std::vector<char*> arguments = {argv[0]};
+    for (std::string& option : defaults) arguments.push_back(option.data());
+    arguments.insert(arguments.end(), argv + 1, argv + argc);
+    int argument_n = static_cast<int>(arguments.size());
+    arguments.push_back(nullptr);
+    benchmark::Initialize(&argument_n, arguments.data());
+    return !benchmark::ReportUnrecognizedArguments(argument_n, arguments.data());
+}
+
+std::string processor_name() {
+    std::ifstream info("/proc/cpuinfo");
+    std::string line;
+    while (std::getline(info, line)) {
+        if (line.rfind("model name", 0) == 0) return line.substr(line.find(':') + 2);
+    }
+    return "unknown";
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::string out = take_option(argc, argv, "--out", "library_bench.json");
+    const std::regex wanted(take_option(argc, argv, "--rows", ""));
+    const bool list_only = !take_option(argc, argv, "--list", "").empty();
+    if (!initialise_benchmark(argc, argv)) return 2;
+    benchmark::AddCustomContext("processor", processor_name());
+    benchmark::AddCustomContext("level", level_name(highest_level()));
+    benchmark::AddCustomContext("compiler", SORVO_BENCH_COMPILER);
+    benchmark::AddCustomContext("peers", SORVO_BENCH_VERSIONS);
+
+    Collector collector;
+    bool ok = true;
+    for (const auto& rows :
+         {fft_rows(), spectrogram_rows(), mel_rows(), inverse_rows(), resample_rows(),
+          filter_rows(), elementwise_rows(), single_frame_rows(), growth_rows()}) {
+        for (const RowMaker& maker : rows) {
+            if (!std::regex_search(maker.name, wanted)) continue;
+            std::fprintf(list_only ? stdout : stderr, "%s\n", maker.name.c_str());
+            ok = (list_only || run_row(maker, collector)) && ok;
+        }
+    }
+    if (!list_only) ok = collector.write(out) && ok;
+    return ok ? 0 : 1;
+}

@@ -1,0 +1,52 @@
+#include <memory>
+
+#include "plain.h"
+#include "resample_peers.h"
+#include "rows.h"
+#include "signals.h"
+#include "sorvo_audio.h"
+
+namespace sorvo::bench {
+namespace {
+
+Row resample_row(int src_rate, int dst_rate) {
+    const auto src = std::make_shared<const std::vector<float>>(make_signal(src_rate, 30.0));
+    const int src_n = static_cast<int>(src->size());
+    int dst_n = 0;
+    sorvoAudioGetResampleLen(&dst_n, dst_rate, src_n, src_rate);
+
+    // Converters differ in their filters: the noise above the band and the ends are not equal.
+    Row row{static_cast<std::size_t>(dst_n), 0.02, {}};
+    row.variants.push_back({"ours", [=](float* dst) {
+                                sorvoAudioResample(dst, src->data(), dst_rate, dst_n, src_rate,
+                                                   src_n);
+                            }});
+    row.variants.push_back({"plain", [=](float* dst) {
+                                plain_resample(dst, src->data(), dst_rate, dst_n, src_rate, src_n);
+                            }});
+    for (const auto& peer : resample_peers(dst_rate, src_rate)) {
+        row.variants.push_back(
+            {peer->name(), [=](float* dst) { peer->run(dst, dst_n, src->data(), src_n); }});
+    }
+    return row;
+}
+
+std::string kilohertz(int rate) {
+    return rate % 1000 == 0 ? std::to_string(rate / 1000)
+                            : std::to_string(rate / 1000) + "." + std::to_string(rate % 1000 / 100);
+}
+
+}  // namespace
+
+Rows resample_rows() {
+    Rows rows;
+    const std::pair<int, int> rates[] = {
+        {44100, 16000}, {48000, 16000}, {16000, 8000}, {16000, 48000}, {44100, 48000}};
+    for (const auto& [src_rate, dst_rate] : rates) {
+        rows.push_back({"resample/" + kilohertz(src_rate) + "-" + kilohertz(dst_rate),
+                        [from = src_rate, to = dst_rate] { return resample_row(from, to); }});
+    }
+    return rows;
+}
+
+}  // namespace sorvo::bench

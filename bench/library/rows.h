@@ -1,0 +1,42 @@
+// A row of the comparison: one task, done by the library and by others on the same data.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace sorvo::bench {
+
+/// One way to do the task; `run` writes the row's output.
+struct Variant {
+    std::string name;  ///< "family" or "family:detail"; "ours" is measured at every processor level
+    std::function<void(float* dst)> run;
+};
+
+struct Row {
+    std::size_t output_n;
+    /// Bound of the relative L2 difference between any output and that of "ours"; 0 where the
+    /// variants do different things (the same task at other lengths) and nothing is compared.
+    double tolerance;
+    std::vector<Variant> variants;
+};
+
+/// Rows are made when they are run: planning takes time and their buffers memory.
+struct RowMaker {
+    std::string name;  ///< "group/task"
+    std::function<Row()> make;
+};
+using Rows = std::vector<RowMaker>;
+
+Rows fft_rows();
+Rows spectrogram_rows();
+Rows mel_rows();
+Rows inverse_rows();
+Rows resample_rows();
+Rows filter_rows();
+Rows elementwise_rows();
+Rows single_frame_rows();
+Rows growth_rows();
+
+}  // namespace sorvo::bench
