@@ -42,9 +42,9 @@ class BlockSynthesis : public Synthesis {
         std::fill(sum_.begin(), sum_.end(), 0.0F);
         for (int t0 = 0; t0 < task_.frame_n; t0 += block_n()) {
             const int frame_n = std::min(block_n(), task_.frame_n - t0);
-            load(src, t0);
+            load_block(src, t0);
             transform();
-            for (int f = 0; f < frame_n; ++f) overlap_add(f);
+            for (int l = 0; l < std::min(frame_n, shape_.lane_n); ++l) overlap_add(l, frame_n);
             const bool last = t0 + block_n() >= task_.frame_n;
             store(dst, t0 * task_.hop_n, last ? sum_.size() : advance);
             std::copy(sum_.end() - static_cast<std::ptrdiff_t>(n), sum_.end(), sum_.begin());
@@ -61,13 +61,24 @@ class BlockSynthesis : public Synthesis {
     FftwBuffer out_;
 
   private:
+    void load_block(const float* src, int t0) {
+        switch (shape_.lane_n) {
+            case 8:
+                return load<8>(src, t0);
+            case 16:
+                return load<16>(src, t0);
+            default:
+                return load<32>(src, t0);
+        }
+    }
+
     int block_n() const { return shape_.pairs ? 2 * shape_.lane_n : shape_.lane_n; }
 
     /// Spectra side by side, then one after the other where the transform takes them so. A last,
     /// shorter block repeats the last frame.
+    template <int lane_n>
     void load(const float* src, int t0) {
         const int n = task_.fft_n;
-        const int lane_n = shape_.lane_n;
         const int t_end = task_.frame_n;
         const bool whole = t0 + block_n() <= t_end;
         std::vector<float>& tail = tail_;
@@ -91,16 +102,16 @@ class BlockSynthesis : public Synthesis {
             const float* __restrict const a = row;
             const float* __restrict const b = row + 2 * lane_n;
             float* const m = block + std::ptrdiff_t{2} * lane_n * ((n - k) % n);
+            float mirrored[2 * lane_n];
+            float direct[2 * lane_n];
             for (int l = 0; l < lane_n; ++l) {
-                const float ar = a[2 * l];
-                const float ai = a[2 * l + 1];
-                const float br = b[2 * l];
-                const float bi = b[2 * l + 1];
-                m[2 * l] = ar + bi;
-                m[2 * l + 1] = br - ai;
-                z[2 * l] = ar - bi;
-                z[2 * l + 1] = ai + br;
+                mirrored[2 * l] = a[2 * l] + b[2 * l + 1];
+                mirrored[2 * l + 1] = b[2 * l] - a[2 * l + 1];
+                direct[2 * l] = a[2 * l] - b[2 * l + 1];
+                direct[2 * l + 1] = a[2 * l + 1] + b[2 * l];
             }
+            std::copy_n(mirrored, 2 * lane_n, m);
+            std::copy_n(direct, 2 * lane_n, z);
         }
         if (shape_.input == Layout::consecutive) {
             const int bin_n = shape_.pairs ? n : n / 2 + 1;
@@ -109,19 +120,26 @@ class BlockSynthesis : public Synthesis {
         }
     }
 
-    void overlap_add(int f) {
+    /// Adds the frames of transform l; frames from frame_n on are not wanted.
+    void overlap_add(int l, int frame_n) {
         const int n = task_.fft_n;
         const float* __restrict const w = window_.data();
-        float* __restrict const to = sum_.data() + std::ptrdiff_t{task_.hop_n} * f;
+        float* __restrict const to = sum_.data() + std::ptrdiff_t{task_.hop_n} * l;
         if (!shape_.pairs) {
-            const float* __restrict const x = out_.data() + std::ptrdiff_t{real_distance(n)} * f;
+            const float* __restrict const x = out_.data() + std::ptrdiff_t{real_distance(n)} * l;
             for (int i = 0; i < n; ++i) to[i] += w[i] * x[i];
             return;
         }
-        const int lane_n = shape_.lane_n;
-        const float* __restrict const x =
-            out_.data() + std::ptrdiff_t{2} * n * (f % lane_n) + f / lane_n;
-        for (int i = 0; i < n; ++i) to[i] += w[i] * x[2 * i];
+        const float* __restrict const x = out_.data() + std::ptrdiff_t{2} * n * l;
+        float* __restrict const to_other = to + std::ptrdiff_t{task_.hop_n} * shape_.lane_n;
+        if (l + shape_.lane_n < frame_n) {
+            for (int i = 0; i < n; ++i) {  // blocks are longer than frames: no overlap of the two
+                to[i] += w[i] * x[2 * i];
+                to_other[i] += w[i] * x[2 * i + 1];
+            }
+        } else {
+            for (int i = 0; i < n; ++i) to[i] += w[i] * x[2 * i];
+        }
     }
 
     /// The first `count` sums, which are accumulated samples from `first` on.
