@@ -5,12 +5,21 @@ Coefficients and states are rounded to float32; the arithmetic is double.
 from __future__ import annotations
 
 import ctypes
-from typing import Any
+from typing import Any, overload
 
 import numpy as np
+import numpy.typing as npt
 
 from . import native
 from ._arguments import Floats, apply, choice, coefficients, count, real
+
+
+@overload
+def lfilter(b: Any, a: Any, x: Any, *, zi: None = None) -> Floats: ...
+
+
+@overload
+def lfilter(b: Any, a: Any, x: Any, *, zi: npt.ArrayLike) -> tuple[Floats, Floats]: ...
 
 
 def lfilter(b: Any, a: Any, x: Any, *, zi: Any = None) -> Any:

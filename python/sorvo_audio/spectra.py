@@ -1,7 +1,8 @@
 """Transforms, spectrograms and mel spectrograms of numpy arrays.
 
 Signals are [..., samples] and spectrograms [..., bins, frames]; every leading dimension is a batch
-dimension. Results are float32 or complex64. Keywords are those of librosa, except ``fft_norm``.
+dimension. Results are float32 or complex64. Keywords are those of librosa, and besides them ``norm`` of
+`stft`, called ``fft_norm`` where ``norm`` is that of the mel bank.
 """
 from __future__ import annotations
 
@@ -9,6 +10,7 @@ import ctypes
 from typing import Any
 
 import numpy as np
+import numpy.typing as npt
 
 from . import native
 from ._arguments import Complexes, Floats, apply, choice, complex_, count, number, real
@@ -60,7 +62,7 @@ def frame_count(n_samples: int, *, n_fft: int = 2048, hop_length: int | None = N
 
 def stft(y: Any, *, n_fft: int = 2048, hop_length: int | None = None, win_length: int | None = None,
          window: str = "hann", center: bool = True, pad_mode: str = "reflect",
-         power: float | None = None, norm: str | None = None) -> Any:
+         power: float | None = None, norm: str | None = None) -> npt.NDArray[Any]:
     """Short-time Fourier transform.
 
     y [..., samples] -> [..., n_fft // 2 + 1, frames], complex64; with ``power``, float32
@@ -169,7 +171,7 @@ def melspectrogram(y: Any, *, sr: int, n_fft: int = 2048, hop_length: int | None
         y, 1, (bands.mel_n, frame_n))
 
 
-def magphase(D: Any, *, power: float = 1.0, phase: str = "complex") -> tuple[Floats, Any]:
+def magphase(D: Any, *, power: float = 1.0, phase: str = "complex") -> tuple[Floats, npt.NDArray[Any]]:
     """Magnitudes, to a power, and phases.
 
     D [...] complex -> magnitudes [...], phases [...]

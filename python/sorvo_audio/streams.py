@@ -247,7 +247,6 @@ class FilterStream:
             _check_batch(x, np.shape(self._state)[:-1])
         if x.shape[-1] == 0:
             return x
-        y: Floats
         y, self._state = lfilter(self._b, self._a, x, zi=self._state)
         return y
 

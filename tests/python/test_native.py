@@ -3,10 +3,12 @@ import ctypes
 import doctest
 import pathlib
 import re
+import threading
 import unittest
 
 import numpy as np
 
+import sorvo_audio
 from sorvo_audio import native
 
 HEADER = (pathlib.Path(__file__).parents[2] / "include" / "sorvo_audio.h").read_text()
@@ -30,6 +32,10 @@ class Native(unittest.TestCase):
         for name, value in declared:
             self.assertEqual(getattr(native, name), int(value), name)
 
+    def test_version_of_the_header(self):
+        version = re.findall(r"#define SORVO_AUDIO_VERSION_\w+ (\d+)", HEADER)
+        self.assertEqual(sorvo_audio.__version__, ".".join(version))
+
     def test_examples(self):
         self.assertEqual(doctest.testmod(native).failed, 0)
 
@@ -43,6 +49,24 @@ class Native(unittest.TestCase):
                                   (native.ERROR_INTERNAL, RuntimeError)):
             with self.assertRaises(exception):
                 native.check(status)
+
+    def test_interpreter_lock_is_free_during_a_call(self):
+        n = 15013  # prime, so the transform takes n^2 steps
+        x, spectrum = np.zeros(n, np.float32), np.empty(2 * n, np.float32)
+        ticks, stop = [0], threading.Event()
+
+        def tick():
+            while not stop.wait(0.001):
+                ticks[0] += 1
+
+        clock = threading.Thread(target=tick)
+        clock.start()
+        before = ticks[0]
+        native.sorvoAudioFFT(spectrum, x, n)
+        during = ticks[0] - before
+        stop.set()
+        clock.join()
+        self.assertGreater(during, 5)  # with the lock held, one tick at each end at most
 
     def test_refuses(self):
         x = np.zeros(8, np.float32)
