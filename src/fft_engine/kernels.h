@@ -61,7 +61,9 @@ enum class Twiddles { none, per_row, per_lane };
 
 using StageKernel = void (*)(float* rows, const float* twiddles, const StageShape& shape);
 
-/// The largest radix of a stage that is summed directly.
+/// The largest radix of a stage that is summed directly; larger ones take Bluestein's algorithm,
+/// line by line. Measured: with two lanes in use that is faster from 79 on, with all 16 not yet
+/// at 97.
 constexpr unsigned max_direct_radix = 97;
 constexpr unsigned max_butterfly_radix = 8;
 

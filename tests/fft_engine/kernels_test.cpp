@@ -40,7 +40,7 @@ void expect_blocks(const FFTImpl& implementation, const std::vector<In>& in, uns
 
 TEST(HardKernels, TransformEachBlockInEveryFlavour) {
     for (unsigned n = 1; n <= 5; ++n) {
-        const Signal complexes = sorvo_test::random_signal(3 * n);
+        const Signal complexes = sorvo_test::random_signal(std::size_t{3} * n);
         const std::vector<float> reals = sorvo_test::real_parts(complexes);
         const std::vector<short> shorts = sorvo_test::short_parts(complexes);
         const long double inverse_n = 1.0L / n;
@@ -76,10 +76,10 @@ Signal outputs(const FFTImpl& implementation, unsigned n) {
     Signal all(4 * std::size_t{n});
     implementation.exec(shorts.data(), all.data());
     implementation.exec(reals.data(), all.data() + n);
-    implementation.exec(in.data(), all.data() + 2 * n);
+    implementation.exec(in.data(), all.data() + std::size_t{2} * n);
     in[0] = {std::numeric_limits<float>::denorm_min(), -0.0F};
     in[n / 2] = {1e30F, std::numeric_limits<float>::min()};
-    implementation.exec(in.data(), all.data() + 3 * n);
+    implementation.exec(in.data(), all.data() + std::size_t{3} * n);
     return all;
 }
 

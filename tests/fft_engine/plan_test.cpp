@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <atomic>
 #include <complex>
 #include <thread>
 #include <vector>
@@ -90,21 +92,24 @@ TEST(Plan, InitReplansOnlyThisPlanAndOnlyOnSuccess) {
 }
 
 TEST(Plan, RunsInSeveralThreadsAtOnce) {
-    for (const unsigned n : {60U, 97U, 206U, 1024U}) {
-        for (const bool forward : {true, false}) {
-            const FFT plan(n, forward);
-            const Signal in = sorvo_test::random_signal(n);
-            const Signal expected = run(plan, in);
-            std::vector<Signal> results(4 * 50);
-            std::vector<std::thread> threads;
-            for (std::size_t t = 0; t < 4; ++t) {
-                threads.emplace_back([&, t] {
-                    for (std::size_t i = 0; i < 50; ++i) results[t * 50 + i] = run(plan, in);
-                });
-            }
-            for (auto& thread : threads) thread.join();
-            for (const Signal& result : results) ASSERT_EQ(result, expected) << n;
+    constexpr std::size_t thread_n = 4;
+    for (const unsigned n : {60U, 1009U, 206U, 4096U}) {
+        const FFT plan(n, n % 2 == 0);
+        std::atomic<std::size_t> started{0};
+        std::array<int, thread_n> wrong{};
+        std::vector<std::thread> threads;
+        for (std::size_t t = 0; t < thread_n; ++t) {
+            threads.emplace_back([&, t] {
+                Signal in = sorvo_test::random_signal(n);
+                in[t] = {100.0F, 0.0F};  // each thread has its own signal
+                const Signal expected = run(plan, in);
+                ++started;
+                while (started < thread_n) std::this_thread::yield();
+                for (int i = 0; i < 500; ++i) wrong[t] += run(plan, in) == expected ? 0 : 1;
+            });
         }
+        for (auto& thread : threads) thread.join();
+        for (const int count : wrong) EXPECT_EQ(count, 0) << n;
     }
 }
 
