@@ -30,8 +30,9 @@ Ratio reduced(int dst_sample_rate, int src_sample_rate) {
 /// Fails at once where the taps of `up` phases cannot be had. Without this a ratio of two large
 /// coprime rates would fill the machine's memory phase by phase before the first refusal.
 void require_memory(std::uint64_t up) {
-    constexpr std::uint64_t phase_bytes =
-        sizeof(std::vector<double>) + 2 * sizeof(int) + ResampleFilterTable::tap_n * sizeof(double);
+    constexpr std::uint64_t phase_bytes = sizeof(std::vector<double>) + 2 * sizeof(int) +
+                                          sizeof(TapGroups::Group) +
+                                          2 * ResampleFilterTable::tap_n * sizeof(double);
     ::operator delete(::operator new(up* phase_bytes));
 }
 
@@ -103,12 +104,15 @@ unsigned ResampleFilterTable::init_filter(int dst_sample_rate, int src_sample_ra
         advances[i] = static_cast<int>((phase + ratio.down) / ratio.up);
         phase = (phase + ratio.down) % ratio.up;
     }
+    std::map<unsigned, TapGroups> groups;
+    groups.emplace(index, TapGroups(coef.find(index)->second, phases, advances));
     std::map<unsigned, int> up{{index, ratio.up}};
     std::multimap<int, unsigned> down_index{{ratio.down, index}};
 
     coef_.merge(coef);
     diff_.merge(diff);
     kiro_.merge(kiro);
+    groups_.merge(groups);
     up_.merge(up);
     down_index_.merge(down_index);
     ++next_index_;
@@ -135,6 +139,11 @@ const std::vector<int>& ResampleFilterTable::ref_diff(int dst_sample_rate, int s
 const std::vector<int>& ResampleFilterTable::ref_kiro(int dst_sample_rate, int src_sample_rate) {
     const std::lock_guard<std::mutex> lock(mutex_);
     return kiro_.find(init_filter(dst_sample_rate, src_sample_rate))->second;
+}
+
+const TapGroups& ResampleFilterTable::ref_groups(int dst_sample_rate, int src_sample_rate) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return groups_.find(init_filter(dst_sample_rate, src_sample_rate))->second;
 }
 
 }  // namespace sorvo::audio

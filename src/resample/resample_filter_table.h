@@ -5,6 +5,8 @@
 #include <optional>
 #include <vector>
 
+#include "resample/tap_groups.h"
+
 namespace sorvo::audio {
 
 /// Process-wide cache of polyphase interpolation filters for rational sample-rate conversion. A
@@ -29,6 +31,9 @@ class ResampleFilterTable {
     /// Phase of each slot.
     const std::vector<int>& ref_kiro(int dst_sample_rate, int src_sample_rate);
 
+    /// The taps once more, in the order in which the lane kernels read them.
+    const TapGroups& ref_groups(int dst_sample_rate, int src_sample_rate);
+
     /// Index of the table of a ratio, in order of first use; 0 also where there is none.
     unsigned detect_idx(int dst_sample_rate, int src_sample_rate);
 
@@ -44,6 +49,7 @@ class ResampleFilterTable {
     std::map<unsigned, std::vector<std::vector<double>>> coef_;
     std::map<unsigned, std::vector<int>> diff_;
     std::map<unsigned, std::vector<int>> kiro_;
+    std::map<unsigned, TapGroups> groups_;
     unsigned next_index_ = 0;
     std::mutex mutex_;
 };

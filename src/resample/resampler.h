@@ -1,5 +1,7 @@
 #pragma once
 
+#include "util/cpu.h"
+
 namespace sorvo::audio {
 
 /// Samples that a conversion produces: ceil(dst_sample_rate / src_sample_rate * src_sample_n), the
@@ -10,6 +12,10 @@ int get_resample_len(int dst_sample_rate, int src_sample_n, int src_sample_rate)
 /// the conversion produces, then zeros. The scan stops one position before the window would reach
 /// its last place over the zero-padded signal, so the end of the output is zero too.
 void resample(float* dst, const float* src, int dst_sample_rate, int dst_n, int src_sample_rate,
-              int src_n);
+              int src_n, CpuLevel level = cpu_level());
+
+/// The same, output by output: the definition.
+void resample_plain(float* dst, const float* src, int dst_sample_rate, int dst_n,
+                    int src_sample_rate, int src_n);
 
 }  // namespace sorvo::audio
