@@ -26,11 +26,15 @@ std::string thrown = nothing_thrown;
 
 }  // namespace
 
-extern "C" [[noreturn]] void __cxa_throw(void* object, void* type, void (*destructor)(void*)) {
-    if (*static_cast<std::type_info*>(type) == typeid(sorvo::audio::SorvoInvalidArgument)) {
+// Compilers disagree on the declaration of this function, so it goes by another name here.
+extern "C" [[noreturn]] void record_and_throw(void* object, std::type_info* type,
+                                              void (*destructor)(void*)) __asm__("__cxa_throw");
+
+void record_and_throw(void* object, std::type_info* type, void (*destructor)(void*)) {
+    if (*type == typeid(sorvo::audio::SorvoInvalidArgument)) {
         thrown = static_cast<sorvo::audio::SorvoInvalidArgument*>(object)->what();
     }
-    using Throw = void (*)(void*, void*, void (*)(void*));
+    using Throw = void (*)(void*, std::type_info*, void (*)(void*));
     reinterpret_cast<Throw>(dlsym(RTLD_NEXT, "__cxa_throw"))(object, type, destructor);
     __builtin_unreachable();
 }

@@ -53,7 +53,7 @@ class Resampler : public testing::TestWithParam<RateCase> {
     const long double shift_ = up_ % 2 == 0 ? -0.5L / up_ : 0.0L;
 };
 
-// Outputs at or after the last input sample are zero.
+// Outputs whose nearest input sample is the last one, or would lie behind it, are zero.
 TEST_P(Resampler, MatchesTheInterpolationOfEveryOutputTime) {
     Random random(41);
     for (const std::size_t n : {1U, 2U, 3U, 20U, 400U}) {
