@@ -8,4 +8,4 @@ scripts/install-packages.sh $test_packages
 
 cmake --preset release -DSORVO_AUDIO_BUILD_TESTS=ON
 cmake --build --preset release
-ctest --preset release "$@"
+ctest --preset release --parallel 2 "$@"
