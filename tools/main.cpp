@@ -37,7 +37,8 @@ int run(int argc, char** argv) {
     for (const auto add : {sorvo_tool::add_info_command, sorvo_tool::add_stft_command,
                            sorvo_tool::add_istft_command, sorvo_tool::add_mel_command,
                            sorvo_tool::add_resample_command, sorvo_tool::add_filter_command,
-                           sorvo_tool::add_filtfilt_command, sorvo_tool::add_trim_command})
+                           sorvo_tool::add_filtfilt_command, sorvo_tool::add_trim_command,
+                           sorvo_tool::add_presets_command, sorvo_tool::add_explain_command})
         commands.push_back(add(root));
     sorvo_tool::add_examples(
         root, {"info speech.wav", "mel speech.wav -o speech.npy --picture speech.png --db",
@@ -49,9 +50,11 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) return root.exit(error);  // --help, --version
         const std::string command = chosen_command(root);
-        if (command.empty() && argc > 1 && argv[1][0] != '-') {
-            std::fprintf(stderr, "sorvo-audio: %s is no command; see sorvo-audio --help\n",
-                         argv[1]);
+        const std::string first = argc > 1 ? argv[1] : "";
+        if (command.empty() && (first.empty() || first[0] != '-')) {
+            std::fprintf(
+                stderr, "sorvo-audio: %s; see sorvo-audio --help\n",
+                first.empty() ? "no command is given" : (first + " is no command").c_str());
             return static_cast<int>(Exit::usage);
         }
         std::fprintf(stderr, "sorvo-audio%s: %s; see sorvo-audio%s --help\n", command.c_str(),

@@ -22,5 +22,7 @@ Command add_resample_command(CLI::App& root);
 Command add_filter_command(CLI::App& root);
 Command add_filtfilt_command(CLI::App& root);
 Command add_trim_command(CLI::App& root);
+Command add_presets_command(CLI::App& root);
+Command add_explain_command(CLI::App& root);
 
 }  // namespace sorvo_tool

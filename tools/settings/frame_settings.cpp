@@ -18,7 +18,7 @@ void add_frame_options(CLI::App& app, FrameOptions& options, bool with_fft_n) {
         app.add_option(name, target, text)->check(at_least(1))->type_name("N");
     };
     if (with_fft_n) add_count("--n-fft", options.fft_n, "Samples of a frame and transform [512]");
-    add_count("--hop-length", options.hop_n, "Samples from frame to frame [n-fft / 4]");
+    add_count("--hop-length", options.hop_n, "Samples from frame to frame [win-length / 4]");
     add_count("--win-length", options.win_n, "Samples of the window, centred in the frame [n-fft]");
     add_choice(app, "--window", options.window, window_choices, "Periodic window [hann]");
     add_choice(app, "--center", options.center, center_choices,
@@ -34,8 +34,8 @@ void apply(FrameSettings& settings, const FrameOptions& options) {
     settings.window = options.window.value_or(settings.window);
     settings.center = options.center.value_or(settings.center);
     settings.norm = options.norm.value_or(settings.norm);
-    if (settings.hop_n == 0) settings.hop_n = std::max(1, settings.fft_n / 4);
     if (settings.win_n == 0) settings.win_n = settings.fft_n;
+    if (settings.hop_n == 0) settings.hop_n = std::max(1, settings.win_n / 4);
 }
 
 int count_frames(const FrameSettings& settings, int sample_n, const std::string& file) {

@@ -13,7 +13,7 @@ namespace sorvo_tool {
 
 struct FrameSettings {
     int fft_n = 512;
-    int hop_n = 0;  // 0: a quarter of fft_n
+    int hop_n = 0;  // 0: a quarter of win_n
     int win_n = 0;  // 0: fft_n
     int window = SORVO_AUDIO_WINDOW_HANN;
     int center = SORVO_AUDIO_CENTER_REFLECT;

@@ -195,18 +195,20 @@ std::vector<float> resample(const std::vector<float>& samples, int from_rate, in
     if (from_rate == to_rate) return samples;
     const auto src_n = static_cast<int>(samples.size());
     int dst_n = 0;
-    if (src_n == max_sample_n ||
+    if (src_n > max_sample_n - 2 ||
         sorvoAudioGetResampleLen(&dst_n, to_rate, src_n, from_rate) != SORVO_AUDIO_OK)
         throw Failure(Exit::input_failed, file,
                       "is too long for " + std::to_string(to_rate) + " Hz",
                       "limit " + std::to_string(max_sample_n) + " samples",
                       "split the file or choose a lower rate");
-    // One zero more makes the library compute the outputs behind the last sample as well.
+    // The library stops where the sample nearest to an output is the last one. Two zeros more, and
+    // the outputs behind that come as well, the nearest sample of the very last being the first
+    // zero.
     std::vector<float> extended = samples;
-    extended.push_back(0.0f);
+    extended.resize(samples.size() + 2);
     std::vector<float> result(static_cast<std::size_t>(dst_n));
     check_status(
-        sorvoAudioResample(result.data(), extended.data(), to_rate, dst_n, from_rate, src_n + 1),
+        sorvoAudioResample(result.data(), extended.data(), to_rate, dst_n, from_rate, src_n + 2),
         "sorvoAudioResample", file);
     return result;
 }

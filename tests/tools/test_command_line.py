@@ -1,0 +1,292 @@
+"""How sorvo-audio behaves: help, errors and exit codes, batches, files that are kept or replaced."""
+import glob
+import json
+import os
+import pty
+import re
+import resource
+import shlex
+import shutil
+import signal
+import subprocess
+import sys
+import unittest
+
+import numpy as np
+import scipy.signal
+from support import SOURCE, TOOL, ToolTest, read_wav, sine, write_wav
+
+COMMANDS = "info stft istft mel resample filter filtfilt trim presets explain".split()
+
+
+def read_text(path):
+    with open(path) as file:
+        return file.read()
+
+
+class CommandLineTest(ToolTest):
+    def make_examples_folder(self):
+        """The files that the examples of the help name."""
+        write_wav("stereo.wav", np.stack([sine(440), sine(1000)], axis=1))
+        self.run_tool("filter", "stereo.wav", "-o", "stereo.flac", "--b", "1")
+        os.makedirs("recordings/deeper")
+        for name in ("recordings/a.wav", "recordings/b.wav", "recordings/deeper/a.wav"):
+            write_wav(name, sine(300, 0.5))
+
+    def files(self):
+        return sorted(glob.glob("**", recursive=True) + glob.glob("**/.*", recursive=True))
+
+
+class Help(CommandLineTest):
+    def test_every_example_of_the_help_runs(self):
+        self.make_examples_folder()
+        before = set(self.files())
+        for command in COMMANDS:
+            if command == "istft":
+                self.run_tool("stft", "speech.wav", "-o", "spectrum.npy")
+                self.run_tool("stft", "recordings", "-o", "spectra/")
+            text, _ = self.run_tool(command, "--help")
+            examples = re.findall(r"^  sorvo-audio (.*)$", text.split("Examples:")[1], re.M)
+            self.assertEqual(len(examples), 3, command)
+            for example in examples:
+                with self.subTest(example):
+                    self.run_tool(*shlex.split(example))
+            for new in sorted(set(self.files()) - before, reverse=True):
+                os.rmdir(new) if os.path.isdir(new) else os.remove(new)
+
+    def test_the_manual_page_names_every_command_and_option(self):
+        page = read_text(f"{SOURCE}/docs/man/sorvo-audio.1").replace("\\-", "-")
+        for command in COMMANDS:
+            self.assertRegex(page, rf"(?m)^\.(SS|B|TP|BR?) ?{command}\b", command)
+            text, _ = self.run_tool(command, "--help")
+            for option in set(re.findall(r"--[a-z][a-z-]*", text.split("Examples:")[0])):
+                self.assertIn(option, page, f"{command} {option}")
+        self.assertIn(self.run_tool("--version")[0].split()[1], page)
+
+
+class Errors(CommandLineTest):
+    def test_say_what_is_wrong_and_end_with_the_right_code(self):
+        write_wav("short.wav", sine(300, 0.01))
+        open("empty.wav", "w").close()
+        with open("noise.wav", "wb") as file:
+            file.write(b"RIFF no sound at all" * 20)
+        np.save("real.npy", np.zeros((3, 4)))
+        np.save("columns.npy", np.asfortranarray(np.zeros((3, 4), np.complex64)))
+        np.save("whole.npy", np.zeros((3, 4), np.complex64))
+        shutil.copy("whole.npy", "cut.npy")
+        os.truncate("cut.npy", os.path.getsize("cut.npy") - 8)
+        open("kept.npy", "w").close()
+        cases = [
+            # Usage: the option, the value or limit.
+            (2, "", ": no command is given"),
+            (2, "melt speech.wav", "melt is no command"),
+            (2, "mel", " mel: INPUT is required"),
+            (2, "mel speech.wav", "mel: -o: no output"),
+            (2, "mel speech.wav -o x.mp4", r"-o: x\.mp4 .*\.npy \.csv \.png"),
+            (2, "mel speech.wav -o x.npy --picture x.jpg", r"--picture: x\.jpg .*\.png"),
+            (2, "mel speech.wav -o x.npy --n-fft 0", "--n-fft: 0 .*at least 1"),
+            (2, "mel speech.wav -o x.npy --n-fft many", "--n-fft"),
+            (2, "mel speech.wav -o x.npy --n-fft 99999999999", "--n-fft"),
+            (2, "mel speech.wav -o x.npy --window kaiser", r"--window: kaiser .*hann\|hamming"),
+            (2, "mel speech.wav -o x.npy --n-mels 300", "--n-mels: 300 .*at most 256"),
+            (2, "mel speech.wav -o x.npy --fmin 9000", "--fmin: 9000 .*--fmax 8000"),
+            (2, "mel speech.wav -o x.npy --power 0 --db", "--power"),
+            (2, "mel speech.wav -o x.npy --preset nobody", "--preset"),
+            (2, "mel speech.wav -o x.npy --force --skip-existing", "--force.*--skip-existing"),
+            (2, "mel speech.wav short.wav -o x.npy", r"x\.npy: .*2 inputs.*folder"),
+            (2, "mel speech.wav ./speech.wav -o x/", "speech.wav and of ./speech.wav"),
+            (2, "mel . -o x/ --format wav", "--format"),
+            (2, "istft whole.npy -o x.wav", "--sample-rate"),
+            (2, "filter speech.wav -o x.wav", "--b"),
+            (2, "filter speech.wav -o x.wav --b 1,two", "--b: 'two'"),
+            (2, "filter speech.wav -o x.wav --b 1 --a 0,1", "--a: .*0"),
+            # Inputs: the file.
+            (1, "mel none.wav -o x.npy", "mel: none.wav: .*no such file"),
+            (1, "mel empty.wav -o x.npy", "empty.wav: "),
+            (1, "mel noise.wav -o x.npy", "noise.wav: cannot be read as sound"),
+            (1, "mel short.wav -o x.npy", r"short.wav: .*160 samples .*512, --n-fft"),
+            (1, "filtfilt short.wav -o x.wav --b 1 --pad-len 160", "short.wav: .*--pad-len"),
+            (1, "trim short.wav -o x.wav", "short.wav: .*--frame-length"),
+            (1, "filter speech.wav -o x.wav --b 1 --a 1,-2", "infinite"),
+            (1, "istft real.npy -o x.wav --sample-rate 8000", "real.npy: is no complex"),
+            (1, "istft columns.npy -o x.wav --sample-rate 8000", "columns.npy: .*ascontiguousarray"),
+            (1, "istft cut.npy -o x.wav --sample-rate 8000", "cut.npy: .*header"),
+            (1, "istft short.wav -o x.wav --sample-rate 8000", "short.wav: is no .npy"),
+            (1, "info none.wav speech.wav", "info: none.wav"),
+            # Outputs.
+            (3, "mel speech.wav -o kept.npy", "kept.npy: exists .*--force"),
+            (3, "mel speech.wav -o speech.wav/x.npy", "speech.wav/x.npy: cannot be written"),
+            (3, "mel speech.wav -o /proc/none/x.npy", "/proc/none/x.npy: cannot be written"),
+        ]
+        before = self.files()
+        for code, arguments, message in cases:
+            with self.subTest(arguments):
+                _, errors = self.run_tool(*shlex.split(arguments), expect=code)
+                self.assertRegex(errors, r"^sorvo-audio" + ".*" + message)
+                self.assertEqual(self.files(), before)
+
+    def test_a_disk_that_fills_leaves_nothing_behind(self):
+        def limit_files():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (20000, 20000))
+        for name in ("x.npy", "x.csv"):
+            self.run_tool("mel", "speech.wav", "-o", name, expect=3, preexec_fn=limit_files)
+        for name in ("x.wav", "x.flac"):
+            self.run_tool("filter", "speech.wav", "-o", name, "--b", 1, expect=3, preexec_fn=limit_files)
+        self.assertEqual(self.files(), ["speech.wav"])
+
+
+class Batches(CommandLineTest):
+    def make_recordings(self, count, seconds=0.5):
+        for i in range(count):
+            os.makedirs(f"in/{i % 3}", exist_ok=True)
+            write_wav(f"in/{i % 3}/{i}.wav", sine(200 + 10 * i, seconds))
+
+    def test_many_threads_make_what_one_call_each_makes(self):
+        self.make_recordings(20)
+        _, errors = self.run_tool("mel", "in", "-o", "out", "-j", 4, "--picture", "pictures")
+        tenths = re.findall(r"^mel: (\d+)/20 done, \d+ x real time, 0 failed$", errors, re.M)
+        self.assertEqual(list(map(int, tenths)), list(range(2, 21, 2)))
+        self.assertRegex(errors, "mel: 20 done, 0 skipped, 0 failed in ")
+        for i in range(20):
+            single = self.make("mel", f"in/{i % 3}/{i}.wav", "one.npy")
+            np.testing.assert_array_equal(np.load(f"out/{i % 3}/{i}.npy"), single)
+            self.assertTrue(os.path.exists(f"pictures/{i % 3}/{i}.png"))
+
+    def test_bad_files_do_not_stop_the_rest_and_are_named(self):
+        self.make_recordings(8)
+        for name in ("in/0/bad.wav", "in/2/worse.wav"):
+            with open(name, "w") as file:
+                file.write("no sound")
+        out, errors = self.run_tool("stft", "in", "-o", "out", "-j", 2, "--json", expect=1)
+        self.assertRegex(errors, "8 done, 0 skipped, 2 failed")
+        for name in ("in/0/bad.wav", "in/2/worse.wav"):
+            self.assertRegex(errors, f"(?m)^sorvo-audio stft: {name}: cannot be read")
+        reports = [json.loads(line) for line in out.splitlines()]
+        failed = {report["input"] for report in reports if report["status"] == "failed"}
+        self.assertEqual(failed, {"in/0/bad.wav", "in/2/worse.wav"})
+        for report in reports:
+            if report["status"] == "done":
+                self.assertEqual(list(np.load(report["output"]).shape), report["shape"])
+
+    def test_existing_files_are_kept_skipped_or_replaced(self):
+        self.make_recordings(3)
+        os.makedirs("out/1")
+        with open("out/1/1.npy", "w") as file:
+            file.write("mine")
+        _, errors = self.run_tool("mel", "in", "-o", "out", expect=3)
+        self.assertRegex(errors, "out/1/1.npy: exists already")
+        self.assertEqual(read_text("out/1/1.npy"), "mine")
+        self.assertEqual(np.load("out/0/0.npy").shape[0], 80)
+
+        _, errors = self.run_tool("mel", "in", "-o", "out", "--skip-existing", "--picture", "out")
+        self.assertRegex(errors, "3 done, 0 skipped")  # for the pictures' sake
+        self.assertEqual(read_text("out/1/1.npy"), "mine")
+        _, errors = self.run_tool("mel", "in", "-o", "out", "--skip-existing", "--picture", "out")
+        self.assertRegex(errors, "0 done, 3 skipped")
+        self.run_tool("mel", "in", "-o", "out", "--force")
+        self.assertEqual(np.load("out/1/1.npy").shape[0], 80)
+
+    def test_an_interrupted_batch_ends_cleanly_and_goes_on(self):
+        self.make_recordings(60, seconds=10)
+        arguments = ["mel", "in", "-o", "out", "--hop-length", "16"]
+        running = subprocess.Popen([TOOL, *arguments], stderr=subprocess.PIPE, text=True)
+        running.stderr.readline()  # the first tenth
+        running.send_signal(signal.SIGINT)
+        _, errors = running.communicate(timeout=100)
+        self.assertEqual(running.returncode, 1)
+        self.assertRegex(errors, "interrupted, [0-9]+ inputs? not begun; .*--skip-existing")
+        self.assertFalse([name for name in self.files() if name.endswith(".part")])
+        done = len(glob.glob("out/*/*.npy"))
+        _, errors = self.run_tool(*arguments, "--skip-existing", "-j", 2)
+        self.assertRegex(errors, f"{60 - done} done, {done} skipped")
+
+    def test_a_terminal_shows_a_bar(self):
+        self.make_recordings(5)
+        terminal, end = pty.openpty()
+        subprocess.run([TOOL, "mel", "in", "-o", "out"], stderr=end, check=True)
+        shown = os.read(terminal, 65536).decode()
+        self.assertRegex(shown, r"mel \[#{24}\] 5/5  \d+ x real time  00:00 left  0 failed")
+
+
+class Words(CommandLineTest):
+    def test_changes_to_the_sound_are_said(self):
+        self.make_examples_folder()
+        out, _ = self.run_tool("mel", "stereo.wav", "-o", "x.npy", "--sample-rate", 8000,
+                               "--n-fft", 256, "--n-mels", 128, "--mel-scale", "htk")
+        self.assertIn("note: 2 channels mixed down to one", out)
+        self.assertIn("note: converted from 16000 to 8000 Hz", out)
+        self.assertRegex(out, r"note: \d+ of 128 bands hold no bin and are all zero")
+        mixed = self.make("filter", "stereo.wav", "m.npy", "--b", 1, "--mono")
+        self.assertLess(np.abs(mixed - read_wav("stereo.wav")[1].mean(axis=1)).max(), 1e-7)
+
+    def test_info_and_presets_as_json(self):
+        write_wav("stereo.wav", np.stack([sine(440), sine(1000)], axis=1), 44100)
+        info = json.loads(self.run_tool("info", "--json", "stereo.wav")[0])
+        self.assertEqual((info["sample_rate"], info["channels"], info["samples"]), (44100, 2, 16000))
+        self.assertAlmostEqual(info["peak_db"], 20 * np.log10(0.5), places=3)
+        self.assertAlmostEqual(info["rms_db"], 20 * np.log10(0.5 / np.sqrt(2)), places=3)
+        # A preset is nothing but its options.
+        for line in self.run_tool("presets", "--json")[0].splitlines():
+            preset = json.loads(line)
+            options = [word for key, value in preset.items() if key not in ("name", "about", "afterwards")
+                       for word in ("--" + key.replace("_", "-"), value)]
+            np.testing.assert_array_equal(
+                self.make("mel", "speech.wav", "a.npy", *options),
+                self.make("mel", "speech.wav", "b.npy", "--preset", preset["name"]))
+
+    def test_explained_calls_give_the_same_numbers(self):
+        y = read_wav("speech.wav")[1].astype(np.float32)
+        self.make("stft", "speech.wav", "spectrum.npy")
+        modules = {"np": np, "scipy": scipy}
+        sys.path.insert(0, f"{SOURCE}/python")
+        import sorvo_audio
+        modules["sorvo_audio"] = sorvo_audio
+        try:
+            import torch
+            import torchaudio
+            modules.update(torch=torch, torchaudio=torchaudio)
+        except ImportError:
+            print("skipped: torch and torchaudio (Debian: python3-torchaudio)")
+        cases = [  # command, its options, those that only explain takes
+            ("stft", "--n-fft 512", ""),
+            ("stft", "--n-fft 400 --win-length 301 --norm window --power 2 --center none", ""),
+            ("stft", "--n-fft 300 --win-length 333 --window hamming --norm length --power 1", ""),
+            ("stft", "--n-fft 500 --hop-length 200 --center zeros", ""),
+            ("istft", "--sample-rate 16000 --length 71000", "--n-fft 512"),
+            ("mel", "--preset torchaudio", ""),
+            ("mel", "--preset whisper --norm window", ""),
+            ("mel", "--preset hifigan --sample-rate 16000", ""),
+            ("resample", "--sample-rate 8000", "--from 16000"),
+            ("resample", "--sample-rate 48000", "--from 16000"),
+            ("resample", "--sample-rate 44100", "--from 16000"),
+            ("resample", "--sample-rate 24000", "--from 16000"),
+            ("filter", "--b 0.2,0.1 --a 1,-0.7", ""),
+            ("filter", "--b 0.2 --a 1,-0.7 --settled", ""),
+            ("filtfilt", "--b 0.2 --a 1,-0.7 --pad-type even --pad-len 50", ""),
+            ("filtfilt", "--b 0.5,0.5 --pad-type none", ""),
+        ]
+        ran = 0
+        for command, options, explained in cases:
+            source = "spectrum.npy" if command == "istft" else "speech.wav"
+            got = self.make(command, source, "got.npy", *options.split())
+            text, _ = self.run_tool("explain", command, "--json", *options.split(), *explained.split())
+            for line in text.splitlines():
+                peer = json.loads(line)
+                if peer["name"] not in (*modules, "Python") or "another filter" in peer["difference"]:
+                    continue
+                with self.subTest(f"{command} {options}: {peer['name']}"):
+                    names = {**modules, "y": y, "stft": np.load("spectrum.npy")}
+                    exec(peer["code"], names)
+                    result = names[{"stft": "stft", "istft": "y", "mel": "mel"}.get(command, "z")]
+                    self.assertLessEqual(abs(result.shape[-1] - got.shape[-1]), "--center zeros" in options)
+                    n = min(result.shape[-1], got.shape[-1])
+                    error = np.linalg.norm(result[..., :n] - got[..., :n]) / np.linalg.norm(got)
+                    # Measured: at most 7e-6, in mel of torchaudio.
+                    self.assertLessEqual(error, 0 if peer["name"] == "Python" else 2e-5)
+                    ran += 1
+        self.assertGreaterEqual(ran, 2 * len(cases) - 3)  # scipy has no mel
+
+
+if __name__ == "__main__":
+    unittest.main()
