@@ -15,8 +15,9 @@ Row resample_row(int src_rate, int dst_rate) {
     int dst_n = 0;
     sorvoAudioGetResampleLen(&dst_n, dst_rate, src_n, src_rate);
 
-    // Converters differ in their filters: the noise above the band and the ends are not equal.
-    Row row{static_cast<std::size_t>(dst_n), 0.02, {}};
+    // Converters differ in what they do to the noise above the band and to the ends: a stream keeps
+    // the last milliseconds back.
+    Row row{static_cast<std::size_t>(dst_n), 0.05, {}};
     row.variants.push_back({"ours", [=](float* dst) {
                                 sorvoAudioResample(dst, src->data(), dst_rate, dst_n, src_rate,
                                                    src_n);
