@@ -7,6 +7,7 @@
 // same n. Vector sizes are the caller's responsibility.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 namespace sorvo::audio {
@@ -35,6 +36,10 @@ void fft_pow2_merge(std::vector<float>& data, int n);
 /// Any length, in the direction of the table and without scaling: mixed radix by direct summation,
 /// so quadratic in the largest prime factor.
 void fft_general(std::vector<float>& data, int n, const std::vector<float>& table);
+
+/// The factors by which fft_general divides n, in this order: smallest first, each leaving a
+/// cofactor at least as large. What remains is the length of the direct transforms.
+std::vector<std::size_t> fft_factors(std::size_t n);
 
 /// Direct transforms of `blocks` consecutive blocks of n / blocks elements.
 void dft_sub(std::vector<float>& data, int n, int blocks, const std::vector<float>& table);

@@ -68,6 +68,15 @@ void combine(std::vector<float>& data, std::vector<float>& scratch, std::size_t 
 
 }  // namespace
 
+std::vector<std::size_t> fft_factors(std::size_t n) {
+    std::vector<std::size_t> factors;
+    while (const std::size_t d = smallest_factor(n)) {
+        factors.push_back(d);
+        n /= d;
+    }
+    return factors;
+}
+
 void dft_sub(std::vector<float>& data, int n, int blocks, const std::vector<float>& table) {
     const auto size = static_cast<std::size_t>(n);
     auto scratch = make_zeros<float>(2 * size);
@@ -77,11 +86,10 @@ void dft_sub(std::vector<float>& data, int n, int blocks, const std::vector<floa
 void fft_general(std::vector<float>& data, int n, const std::vector<float>& table) {
     const auto size = static_cast<std::size_t>(n);
     auto scratch = make_zeros<float>(2 * size);
-    std::vector<std::size_t> factors;
+    const std::vector<std::size_t> factors = fft_factors(size);
     std::size_t rem = size;
-    while (const std::size_t d = smallest_factor(rem)) {
+    for (const std::size_t d : factors) {
         split_blocks(data, scratch, size, rem, d);
-        factors.push_back(d);
         rem /= d;
     }
     combine(data, scratch, size, rem, 1, table);

@@ -81,19 +81,43 @@ void FftTable::init_fft_table(int n, std::map<int, std::vector<float>>& tables, 
     tables.emplace(n, is_pow2(n) ? grouped_table(size, root) : plain_table(size, root));
 }
 
-const std::vector<float>& FftTable::ref(int n, std::map<int, std::vector<float>>& tables,
-                                        bool inverse) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    init_fft_table(n, tables, inverse);
-    return tables.find(n)->second;
+void FftTable::build(int n, Entries& entries, bool inverse) {
+    if (entries.tables.count(n) != 0) {
+        return;
+    }
+    // Built aside and moved in node by node, which cannot fail: no failure leaves half an entry.
+    // The plan points into the table, whose elements stay where they are.
+    Entries built;
+    init_fft_table(n, built.tables, inverse);
+    if (n <= max_planned_n) {
+        built.plans.emplace(n, FftPlan(n, built.tables.at(n)));
+    }
+    entries.tables.merge(built.tables);
+    entries.plans.merge(built.plans);
 }
 
 const std::vector<float>& FftTable::ref_table(int n) {
-    return ref(n, forward_tables_, false);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    build(n, forward_, false);
+    return forward_.tables.at(n);
 }
 
 const std::vector<float>& FftTable::ref_inv_table(int n) {
-    return ref(n, inverse_tables_, true);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    build(n, inverse_, true);
+    return inverse_.tables.at(n);
+}
+
+const FftPlan& FftTable::ref_plan(int n) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    build(n, forward_, false);
+    return forward_.plans.at(n);
+}
+
+const FftPlan& FftTable::ref_inv_plan(int n) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    build(n, inverse_, true);
+    return inverse_.plans.at(n);
 }
 
 }  // namespace sorvo::audio

@@ -4,6 +4,8 @@
 #include <mutex>
 #include <vector>
 
+#include "fft/fft_plan.h"
+
 namespace sorvo::audio {
 
 /// True for 1, 2, 4, 8, ...; false for 0 and all negative numbers.
@@ -15,8 +17,7 @@ bool is_pow2(int n);
 ///
 /// With theta(j) = -2 pi j / n (forward) or +2 pi j / n (inverse), rounded to float once:
 ///  - n a power of two: n / 4 groups of 12 floats, the three twiddles of one radix-4 butterfly,
-///  each
-///    expanded into the rows of a complex multiplication. Group k holds (c, s, -s, c) of theta(2k),
+///    each expanded into the rows of a complex multiplication. Group k holds (c, s, -s, c) of theta(2k),
 ///    (c, s, -s, c) of theta(k) and, in another order, (-s, c, c, s) of theta(3k). The vector has
 ///    3 n elements; those of n = 1 and 2 are zeros.
 ///  - any other n: the n roots (cos theta(j), sin theta(j)), interleaved.
@@ -31,16 +32,26 @@ class FftTable {
     /// The inverse table of size n; throws SorvoInvalidArgument for n <= 0.
     const std::vector<float>& ref_inv_table(int n);
 
+    /// The plans that belong to these tables, for 1 <= n <= max_planned_n.
+    const FftPlan& ref_plan(int n);
+    const FftPlan& ref_inv_plan(int n);
+
     /// Builds the table for n into `tables` unless it is there. A table becomes visible only when
     /// it is complete: after a failure `tables` is as it was.
     static void init_fft_table(int n, std::map<int, std::vector<float>>& tables, bool inverse);
 
   private:
     FftTable() = default;
-    const std::vector<float>& ref(int n, std::map<int, std::vector<float>>& tables, bool inverse);
+    /// The entries of one direction: each size has its table and, up to max_planned_n, its plan.
+    struct Entries {
+        std::map<int, std::vector<float>> tables;
+        std::map<int, FftPlan> plans;
+    };
+    /// Builds the entry of size n, whole or not at all; the mutex is held.
+    static void build(int n, Entries& entries, bool inverse);
 
-    std::map<int, std::vector<float>> forward_tables_;
-    std::map<int, std::vector<float>> inverse_tables_;
+    Entries forward_;
+    Entries inverse_;
     std::mutex mutex_;
 };
 

@@ -1,0 +1,92 @@
+#include "fft/fft_plan.h"
+
+#include <algorithm>
+
+#include "fft/fft.h"
+#include "fft/fft_table.h"
+
+namespace sorvo::audio {
+namespace {
+
+/// The roots that a stage of this factor and length multiplies by, as positions in the table of n
+/// roots: column k, output u, input s = 1, 2, ... (input 0 is never multiplied).
+template <class Visit>
+void visit_twiddles(std::size_t n, std::size_t factor, std::size_t sub_n, std::size_t k,
+                    Visit visit) {
+    const std::size_t length = factor * sub_n;
+    for (std::size_t u = 0; u < factor; ++u) {
+        for (std::size_t s = 1; s < factor; ++s) {
+            visit(s * (k + u * sub_n) % length * (n / length));
+        }
+    }
+}
+
+bool has_stage_kernel(std::size_t factor) {
+    return factor <= 7 && factor != 6;
+}
+
+}  // namespace
+
+FftPlan::FftPlan(int n, const std::vector<float>& table)
+    : n_(static_cast<std::size_t>(n)), roots_(table.data()) {
+    if (is_pow2(n)) {
+        plan_pow2(table);
+    } else {
+        plan_general(table);
+    }
+}
+
+void FftPlan::plan_pow2(const std::vector<float>& table) {
+    for (std::size_t span = n_; span >= 4; span /= 4) {
+        for (std::size_t k = 0; k < span / 4; ++k) {
+            const float* const group = table.data() + 12 * k * (n_ / span);
+            twiddles_.insert(twiddles_.end(),
+                             {group[4], group[5], group[0], group[1], group[9], group[11]});
+        }
+    }
+}
+
+void FftPlan::plan_general(const std::vector<float>& table) {
+    const std::vector<std::size_t> factors = fft_factors(n_);
+    std::size_t length = n_;
+    std::vector<std::size_t> starts;
+    const auto add = [&](std::size_t root) {
+        twiddles_.push_back(table[2 * root]);
+        twiddles_.push_back(table[2 * root + 1]);
+    };
+    for (std::size_t i = 0; i < factors.size(); ++i) {
+        const bool fused = factors[i] == 2 && i + 1 < factors.size() && factors[i + 1] == 2;
+        const std::size_t factor = fused ? fused_twos : factors[i];
+        const std::size_t sub_n = length / factor;
+        stages_.push_back({factor, sub_n, n_ / length, nullptr});
+        starts.push_back(twiddles_.size());
+        for (std::size_t k = 0; fused && k < sub_n; ++k) {
+            // The inner stage of column k, then the outer ones of the columns k and k + sub_n that
+            // it feeds.
+            visit_twiddles(n_, 2, sub_n, k, add);
+            visit_twiddles(n_, 2, 2 * sub_n, k, add);
+            visit_twiddles(n_, 2, 2 * sub_n, k + sub_n, add);
+        }
+        for (std::size_t k = 0; !fused && has_stage_kernel(factor) && k < sub_n; ++k) {
+            visit_twiddles(n_, factor, sub_n, k, add);
+        }
+        i += fused ? 1 : 0;
+        length = sub_n;
+    }
+    base_n_ = length;
+    for (std::size_t i = 0; i < stages_.size(); ++i) {
+        if (has_stage_kernel(stages_[i].factor)) {
+            stages_[i].twiddles = twiddles_.data() + starts[i];
+        }
+    }
+}
+
+FftPlanView FftPlan::view() const {
+    std::size_t largest = 1;
+    for (const FftStage& stage : stages_) {
+        largest = std::max(largest, stage.factor);
+    }
+    return {n_, roots_, twiddles_.data(), stages_.data(), stages_.size(), base_n_, largest};
+}
+
+}  // namespace sorvo::audio

@@ -1,0 +1,55 @@
+// What the lane kernels need of a transform besides its roots of unity: the order of its stages and
+// their twiddles in the order in which a stage reads them.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace sorvo::audio {
+
+/// One stage of a transform whose length is not a power of two: it joins `factor` transforms of
+/// length `sub_n` each into one. Two stages of factor 2 in a row are one of `fused_twos`: read and
+/// written once, with the arithmetic of both.
+struct FftStage {
+    std::size_t factor;
+    std::size_t sub_n;
+    std::size_t blocks;         ///< how many such stages there are side by side: n / (factor sub_n)
+    const float* twiddles;      ///< nullptr where the stage looks its roots up in the table
+};
+
+constexpr std::size_t fused_twos = 4;  // 4 is never a factor by itself
+
+/// Plain pointers: kernels are compiled for one processor level each and may not share inline code.
+struct FftPlanView {
+    std::size_t n;
+    const float* roots;         ///< the table of FftTable
+    const float* twiddles;      ///< powers of two: stage after stage, k after k, (c, s) of k, 2k, 3k
+    const FftStage* stages;     ///< other lengths: from the outermost stage inwards
+    std::size_t stage_n;
+    std::size_t base_n;         ///< length of the direct transforms that the innermost stage joins
+    std::size_t largest_factor;  ///< of the stages, at least 1
+};
+
+/// Longer transforms are computed one at a time and have no plan.
+constexpr int max_planned_n = 4096;
+
+/// Belongs to a table of FftTable and points into it. Immutable.
+class FftPlan {
+  public:
+    FftPlan(int n, const std::vector<float>& table);
+    FftPlan(FftPlan&&) = default;
+
+    FftPlanView view() const;
+
+  private:
+    void plan_pow2(const std::vector<float>& table);
+    void plan_general(const std::vector<float>& table);
+
+    std::size_t n_;
+    const float* roots_;
+    std::vector<float> twiddles_;
+    std::vector<FftStage> stages_;
+    std::size_t base_n_ = 0;
+};
+
+}  // namespace sorvo::audio

@@ -1,0 +1,304 @@
+// Transforms of any other length in all lanes: the sums of fft_general. The input is read by
+// residue, which makes the reordering passes unnecessary; the stages work in place (output u of a
+// column goes to the slot of input u), depth first.
+//
+// Every sum starts from +0 and so never becomes -0. Therefore the products with a zero imaginary
+// part, with the root (1, -0) and the addition to the first 0 change nothing and are left out; data
+// must be finite.
+
+namespace sorvo::audio {
+namespace {
+
+/// Adds w y to the sum.
+SORVO_INLINE void add_product(Complex& sum, const float* w, Complex y) {
+    sum.re += w[0] * y.re - w[1] * y.im;
+    sum.im += w[1] * y.re + w[0] * y.im;
+}
+
+/// One column of a stage: outputs 0, 1, ... output_n - 1, each y[0] + w y[1] + w' y[2] + ...
+template <std::size_t factor, class Put>
+SORVO_INLINE void sum_column(const Complex* y, const float* w, std::size_t output_n, Put put) {
+    for (std::size_t u = 0; u < output_n; ++u) {
+        Complex sum = y[0];
+        for (std::size_t s = 1; s < factor; ++s) {
+            add_product(sum, w + 2 * (u * (factor - 1) + s - 1), y[s]);
+        }
+        put(u, sum);
+    }
+}
+
+template <std::size_t factor>
+SORVO_INLINE void load_column(Complex* y, const Pack* x, std::size_t sub_n, std::size_t k) {
+    for (std::size_t s = 0; s < factor; ++s) {
+        y[s] = load(x, k + s * sub_n);
+    }
+}
+
+/// A stage in place.
+template <std::size_t factor>
+[[gnu::noinline]] void join(Pack* x, const FftStage& stage) {
+    const std::size_t sub_n = stage.sub_n;
+    const float* w = stage.twiddles;
+    for (std::size_t k = 0; k < sub_n; ++k, w += 2 * factor * (factor - 1)) {
+        Complex y[factor];
+        load_column<factor>(y, x, sub_n, k);
+        sum_column<factor>(y, w, factor,
+                           [=](std::size_t u, Complex sum) { store(x, k + u * sub_n, sum); });
+    }
+}
+
+/// The outermost stage: only the bins up to n / 2, each to the sink.
+template <std::size_t factor, class Sink>
+[[gnu::noinline]] void deliver(const Pack* x, const FftStage& stage, const Sink& sink) {
+    const std::size_t sub_n = stage.sub_n;
+    const std::size_t last = factor * sub_n / 2;
+    const float* w = stage.twiddles;
+    for (std::size_t k = 0; k < sub_n; ++k, w += 2 * factor * (factor - 1)) {
+        Complex y[factor];
+        load_column<factor>(y, x, sub_n, k);
+        const std::size_t output_n = k <= last ? (last - k) / sub_n + 1 : 0;
+        sum_column<factor>(y, w, output_n,
+                           [&](std::size_t u, Complex sum) { sink(k + u * sub_n, sum); });
+    }
+}
+
+SORVO_INLINE Complex plus_product(Complex a, const float* w, Complex b) {
+    add_product(a, w, b);
+    return a;
+}
+
+/// Two stages of factor 2: columns k and k + sub_n of the outer one are fed by column k of the two
+/// inner ones.
+[[gnu::noinline]] void join_fused_twos(Pack* x, const FftStage& stage) {
+    const std::size_t sub_n = stage.sub_n;
+    const float* w = stage.twiddles;
+    for (std::size_t k = 0; k < sub_n; ++k, w += 12) {
+        Complex y[4];
+        load_column<4>(y, x, sub_n, k);
+        const Complex a = plus_product(y[0], w, y[1]);
+        const Complex b = plus_product(y[2], w, y[3]);
+        store(x, k, plus_product(a, w + 4, b));
+        store(x, k + 2 * sub_n, plus_product(a, w + 6, b));
+        const Complex c = plus_product(y[0], w + 2, y[1]);
+        const Complex d = plus_product(y[2], w + 2, y[3]);
+        store(x, k + sub_n, plus_product(c, w + 8, d));
+        store(x, k + 3 * sub_n, plus_product(c, w + 10, d));
+    }
+}
+
+template <class Sink>
+[[gnu::noinline]] void deliver_fused_twos(const Pack* x, const FftStage& stage, const Sink& sink) {
+    const std::size_t sub_n = stage.sub_n;
+    const float* w = stage.twiddles;
+    for (std::size_t k = 0; k < sub_n; ++k, w += 12) {
+        Complex y[4];
+        load_column<4>(y, x, sub_n, k);
+        const Complex a = plus_product(y[0], w, y[1]);
+        const Complex b = plus_product(y[2], w, y[3]);
+        sink(k, plus_product(a, w + 4, b));
+        if (k == 0) {
+            sink(2 * sub_n, plus_product(a, w + 6, b));
+        }
+        const Complex c = plus_product(y[0], w + 2, y[1]);
+        const Complex d = plus_product(y[2], w + 2, y[3]);
+        sink(k + sub_n, plus_product(c, w + 8, d));
+    }
+}
+
+/// A stage of any factor; its roots are looked up, the column goes to `scratch` first.
+template <class Put>
+SORVO_INLINE void sum_any_column(const Pack* x, const FftStage& stage, const float* roots,
+                                 std::size_t k, std::size_t last, Pack* scratch, Put put) {
+    const std::size_t sub_n = stage.sub_n;
+    const std::size_t length = stage.factor * sub_n;
+    for (std::size_t s = 0; s < stage.factor; ++s) {
+        store(scratch, s, load(x, k + s * sub_n));
+    }
+    for (std::size_t output = k; output <= last; output += sub_n) {
+        Complex sum = load(scratch, 0);
+        std::size_t turn = 0;  // s output mod length
+        for (std::size_t s = 1; s < stage.factor; ++s) {
+            turn += output;
+            turn -= turn >= length ? length : 0;
+            add_product(sum, roots + 2 * turn * stage.blocks, load(scratch, s));
+        }
+        put(output, sum);
+    }
+}
+
+[[gnu::noinline]] void join_any(Pack* x, const FftStage& stage, const float* roots,
+                                Pack* scratch) {
+    const std::size_t last = stage.factor * stage.sub_n - 1;
+    for (std::size_t k = 0; k < stage.sub_n; ++k) {
+        sum_any_column(x, stage, roots, k, last, scratch,
+                       [=](std::size_t output, Complex sum) { store(x, output, sum); });
+    }
+}
+
+template <class Sink>
+[[gnu::noinline]] void deliver_any(const Pack* x, const FftStage& stage, const float* roots,
+                                   Pack* scratch, const Sink& sink) {
+    const std::size_t last = stage.factor * stage.sub_n / 2;
+    for (std::size_t k = 0; k < stage.sub_n; ++k) {
+        sum_any_column(x, stage, roots, k, last, scratch, sink);
+    }
+}
+
+/// The direct transform of the n real elements input(0 ... n - 1).
+template <std::size_t n, class Input, class Put>
+SORVO_INLINE void real_base(const float* roots, std::size_t blocks, Input input, Put put) {
+    Pack x[n];
+    x[0] = input(0) + Pack{};  // -0 becomes +0, as in a sum
+    Pack sum = x[0];
+    for (std::size_t j = 1; j < n; ++j) {
+        x[j] = input(j);
+        sum += x[j];
+    }
+    put(0, Complex{sum, Pack{}});
+    for (std::size_t k = 1; k < n; ++k) {
+        Complex out = {x[0], Pack{}};
+        for (std::size_t j = 1; j < n; ++j) {
+            const float* const w = roots + 2 * (j * k % n) * blocks;
+            out.re += w[0] * x[j];
+            out.im += w[1] * x[j];
+        }
+        put(k, out);
+    }
+}
+
+/// The same for any n, the outputs 0 ... last alone, four at a time; `x` holds the n elements.
+template <class Put>
+SORVO_INLINE void real_base_any(const Pack* x, std::size_t n, const float* roots,
+                                std::size_t blocks, std::size_t last, Put put) {
+    constexpr std::size_t group = 4;
+    for (std::size_t first = 0; first <= last; first += group) {
+        Complex sums[group];
+        std::size_t steps[group];  // the outputs k of the group; 0 where there is none
+        std::size_t turns[group];  // j k mod n
+        for (std::size_t i = 0; i < group; ++i) {
+            sums[i] = {x[0] + Pack{}, Pack{}};
+            steps[i] = first + i < n ? first + i : 0;
+            turns[i] = 0;
+        }
+        for (std::size_t j = 1; j < n; ++j) {
+            const Pack value = x[j];
+            for (std::size_t i = 0; i < group; ++i) {
+                turns[i] += steps[i];
+                turns[i] -= turns[i] >= n ? n : 0;
+                const float* const w = roots + 2 * turns[i] * blocks;
+                sums[i].re += w[0] * value;
+                sums[i].im += w[1] * value;
+            }
+        }
+        for (std::size_t i = 0; i < group && first + i <= last; ++i) {
+            put(first + i, sums[i]);
+        }
+    }
+}
+
+template <class Input>
+class GeneralTransform {
+  public:
+    GeneralTransform(const FftPlanView& plan, Pack* scratch, Input input)
+        : plan_(plan), scratch_(scratch), input_(input) {}
+
+    /// Bins 0 ... n / 2 to the sink; `x` is room for the n elements.
+    template <class Sink>
+    void run(Pack* x, const Sink& sink) const {
+        if (plan_.stage_n == 0) {
+            load_base(0, 1);
+            real_base_any(scratch_, plan_.n, plan_.roots, 1, plan_.n / 2, sink);
+            return;
+        }
+        const FftStage& stage = plan_.stages[0];
+        sub_transforms(x, 0, 0, 1);
+        switch (stage.factor) {
+            case 2: deliver<2>(x, stage, sink); break;
+            case 3: deliver<3>(x, stage, sink); break;
+            case fused_twos: deliver_fused_twos(x, stage, sink); break;
+            case 5: deliver<5>(x, stage, sink); break;
+            case 7: deliver<7>(x, stage, sink); break;
+            default: deliver_any(x, stage, plan_.roots, scratch_, sink);
+        }
+    }
+
+  private:
+    /// The transforms that stage `level` joins, of the elements first, first + stride, ...
+    void sub_transforms(Pack* x, std::size_t level, std::size_t first, std::size_t stride) const {
+        const FftStage& stage = plan_.stages[level];
+        if (level + 1 == plan_.stage_n) {
+            bases(x, stage.factor, first, stride);
+            return;
+        }
+        for (std::size_t r = 0; r < stage.factor; ++r) {
+            sub_transform(x + 2 * r * stage.sub_n, level + 1, first + residue(stage, r) * stride,
+                          stage.factor * stride);
+        }
+    }
+
+    void sub_transform(Pack* x, std::size_t level, std::size_t first, std::size_t stride) const {
+        const FftStage& stage = plan_.stages[level];
+        sub_transforms(x, level, first, stride);
+        switch (stage.factor) {
+            case 2: join<2>(x, stage); break;
+            case 3: join<3>(x, stage); break;
+            case fused_twos: join_fused_twos(x, stage); break;
+            case 5: join<5>(x, stage); break;
+            case 7: join<7>(x, stage); break;
+            default: join_any(x, stage, plan_.roots, scratch_);
+        }
+    }
+
+    /// The residue whose transform stands at place r: fused stages split by the outer factor first.
+    static std::size_t residue(const FftStage& stage, std::size_t r) {
+        return stage.factor == fused_twos ? (r >> 1) + 2 * (r & 1) : r;
+    }
+
+    void bases(Pack* x, std::size_t count, std::size_t first, std::size_t stride) const {
+        switch (plan_.base_n) {
+            case 3: base_loop<3>(x, count, first, stride); break;
+            case 5: base_loop<5>(x, count, first, stride); break;
+            case 7: base_loop<7>(x, count, first, stride); break;
+            default: base_loop_any(x, count, first, stride);
+        }
+    }
+
+    template <std::size_t n>
+    [[gnu::noinline]] void base_loop(Pack* x, std::size_t count, std::size_t first,
+                                     std::size_t stride) const {
+        const FftStage& stage = plan_.stages[plan_.stage_n - 1];
+        const std::size_t step = stage.factor * stride;
+        for (std::size_t r = 0; r < count; ++r) {
+            const std::size_t from = first + residue(stage, r) * stride;
+            Pack* const to = x + 2 * r * n;
+            real_base<n>(
+                plan_.roots, plan_.n / n, [&](std::size_t j) { return input_(from + j * step); },
+                [=](std::size_t k, Complex value) { store(to, k, value); });
+        }
+    }
+
+    [[gnu::noinline]] void base_loop_any(Pack* x, std::size_t count, std::size_t first,
+                                         std::size_t stride) const {
+        const FftStage& stage = plan_.stages[plan_.stage_n - 1];
+        const std::size_t n = plan_.base_n;
+        for (std::size_t r = 0; r < count; ++r) {
+            Pack* const to = x + 2 * r * n;
+            load_base(first + residue(stage, r) * stride, stage.factor * stride);
+            real_base_any(scratch_, n, plan_.roots, plan_.n / n, n - 1,
+                          [=](std::size_t k, Complex value) { store(to, k, value); });
+        }
+    }
+
+    void load_base(std::size_t first, std::size_t step) const {
+        for (std::size_t j = 0; j < plan_.base_n; ++j) {
+            scratch_[j] = input_(first + j * step);
+        }
+    }
+
+    const FftPlanView& plan_;
+    Pack* scratch_;
+    Input input_;
+};
+
+}  // namespace
+}  // namespace sorvo::audio

@@ -1,0 +1,192 @@
+// Transforms of a power of two in all lanes: the arithmetic of fft_pow2, in place, depth first, so
+// that the smaller transforms stay in the first-level cache. The bit reversal is only the bin to
+// which a leaf delivers, and the last pass makes the bins 0 ... n / 2 alone.
+//
+// `exact_zeros` keeps the products with the twiddle (1, -0), which decide nothing but the sign of a
+// zero. Without it the results are those of fft_pow2 save for that sign; data must be finite.
+
+namespace sorvo::audio {
+namespace {
+
+/// a - i b (forward) or a + i b.
+template <bool inverse>
+SORVO_INLINE Complex turn_back(Complex a, Complex b) {
+    return inverse ? Complex{a.re - b.im, a.im + b.re} : Complex{a.re + b.im, a.im - b.re};
+}
+
+template <bool inverse, bool multiplied>
+SORVO_INLINE void radix4_column(Pack* x, std::size_t quarter, std::size_t k, const float* w) {
+    const Complex a = load(x, k);
+    const Complex b = load(x, k + quarter);
+    const Complex c = load(x, k + 2 * quarter);
+    const Complex d = load(x, k + 3 * quarter);
+    const Complex ac = a + c;
+    const Complex bd = b + d;
+    const Complex a_c = a - c;
+    const Complex b_d = b - d;
+    const Complex t1 = turn_back<inverse>(a_c, b_d);
+    const Complex t3 = turn_back<!inverse>(a_c, b_d);
+    store(x, k, ac + bd);
+    store(x, k + quarter, multiplied ? multiply(ac - bd, w + 2) : ac - bd);
+    store(x, k + 2 * quarter, multiplied ? multiply(t1, w) : t1);
+    store(x, k + 3 * quarter, multiplied ? multiply(t3, w + 4) : t3);
+}
+
+template <bool inverse, bool exact_zeros>
+[[gnu::noinline]] void radix4_stage(Pack* x, std::size_t quarter, const float* twiddles) {
+    radix4_column<inverse, exact_zeros>(x, quarter, 0, twiddles);
+    for (std::size_t k = 1; k < quarter; ++k) {
+        radix4_column<inverse, true>(x, quarter, k, twiddles + 6 * k);
+    }
+}
+
+/// The stage on real data, of which input(i) is element i. Block 0 becomes real data again, in the
+/// even packs; the others become complex. As if with exact_zeros off.
+template <class Input>
+SORVO_INLINE void real_radix4_stage(Pack* x, std::size_t quarter, const float* twiddles,
+                                    Input input) {
+    for (std::size_t k = 0; k < quarter; ++k) {
+        const float* const w = twiddles + 6 * k;
+        const Pack a = input(k);
+        const Pack b = input(k + quarter);
+        const Pack c = input(k + 2 * quarter);
+        const Pack d = input(k + 3 * quarter);
+        const Pack ac = a + c;
+        const Pack bd = b + d;
+        const Pack a_c = a - c;
+        const Pack b_d = b - d;
+        x[2 * k] = ac + bd;
+        const Pack difference = ac - bd;
+        store(x, k + quarter, {w[2] * difference, w[3] * difference});
+        store(x, k + 2 * quarter, {w[0] * a_c + w[1] * b_d, w[1] * a_c - w[0] * b_d});
+        store(x, k + 3 * quarter, {w[4] * a_c - w[5] * b_d, w[5] * a_c + w[4] * b_d});
+    }
+}
+
+/// The last four elements of a transform whose log2 is even. Elements 0 and 2 are bins below n / 2;
+/// element 1 of the very first leaf is bin n / 2.
+template <bool exact_zeros, bool first, class Sink>
+SORVO_INLINE void leaf4(const Pack* x, const float* twiddles, std::size_t n, std::size_t bin,
+                        Sink sink) {
+    const Complex a = load(x, 0);
+    const Complex b = load(x, 1);
+    const Complex c = load(x, 2);
+    const Complex d = load(x, 3);
+    const Complex ac = a + c;
+    const Complex bd = b + d;
+    const Complex t1 = turn_back<false>(a - c, b - d);
+    sink(bin, ac + bd);
+    sink(bin + n / 4, exact_zeros ? multiply(t1, twiddles) : t1);
+    if (first) {
+        sink(n / 2, exact_zeros ? multiply(ac - bd, twiddles + 2) : ac - bd);
+    }
+}
+
+/// The last eight elements where log2(n) is odd: a radix-4 stage of two columns and the radix-2
+/// pass, of whose results only the sums (and the first difference) are bins up to n / 2.
+template <bool exact_zeros, bool first, class Sink>
+SORVO_INLINE void leaf8(const Pack* x, const float* twiddles, std::size_t n, std::size_t bin,
+                        Sink sink) {
+    Complex even[4];
+    Complex odd[4];
+    for (std::size_t column = 0; column < 2; ++column) {
+        const Complex a = load(x, column);
+        const Complex b = load(x, column + 2);
+        const Complex c = load(x, column + 4);
+        const Complex d = load(x, column + 6);
+        const Complex ac = a + c;
+        const Complex bd = b + d;
+        const Complex t1 = turn_back<false>(a - c, b - d);
+        const Complex t3 = turn_back<true>(a - c, b - d);
+        const float* const w = twiddles + 6 * column;
+        const bool multiplied = exact_zeros || column == 1;
+        Complex* const y = column == 0 ? even : odd;
+        y[0] = ac + bd;
+        y[1] = multiplied ? multiply(ac - bd, w + 2) : ac - bd;
+        y[2] = multiplied ? multiply(t1, w) : t1;
+        y[3] = multiplied ? multiply(t3, w + 4) : t3;
+    }
+    sink(bin, even[0] + odd[0]);
+    sink(bin + n / 4, even[1] + odd[1]);
+    sink(bin + n / 8, even[2] + odd[2]);
+    sink(bin + 3 * (n / 8), even[3] + odd[3]);
+    if (first) {
+        sink(n / 2, even[0] - odd[0]);
+    }
+}
+
+template <bool exact_zeros, bool first, class Sink>
+SORVO_INLINE void leaf(const Pack* x, std::size_t span, const float* twiddles, std::size_t n,
+                       std::size_t bin, const Sink& sink) {
+    if (span == 4) {
+        leaf4<exact_zeros, first>(x, twiddles, n, bin, sink);
+    } else {
+        leaf8<exact_zeros, first>(x, twiddles, n, bin, sink);
+    }
+}
+
+/// A block of `span` elements from `bin` on, down to the leaves; `first` is the block at element 0.
+template <bool exact_zeros, bool first, class Sink>
+[[gnu::noinline]] void block(Pack* x, std::size_t span, const float* twiddles, std::size_t n,
+                             std::size_t bin, const Sink& sink) {
+    if (span <= 8) {
+        leaf<exact_zeros, first>(x, span, twiddles, n, bin, sink);
+        return;
+    }
+    const std::size_t quarter = span / 4;
+    radix4_stage<false, exact_zeros>(x, quarter, twiddles);
+    const float* const next = twiddles + 6 * quarter;
+    const std::size_t half_turn = n / (2 * quarter);
+    const std::size_t bins[4] = {bin, bin + half_turn, bin + half_turn / 2,
+                                 bin + half_turn + half_turn / 2};
+    if (quarter <= 8) {
+        leaf<exact_zeros, first>(x, quarter, next, n, bins[0], sink);
+        for (std::size_t j = 1; j < 4; ++j) {
+            leaf<exact_zeros, false>(x + 2 * j * quarter, quarter, next, n, bins[j], sink);
+        }
+        return;
+    }
+    block<exact_zeros, first>(x, quarter, next, n, bins[0], sink);
+    for (std::size_t j = 1; j < 4; ++j) {
+        block<exact_zeros, false>(x + 2 * j * quarter, quarter, next, n, bins[j], sink);
+    }
+}
+
+/// Bins 0 ... n / 2 of real data input(0 ... n - 1), n >= 16, without exact zeros.
+template <class Input, class Sink>
+void real_transform(Pack* x, const FftPlanView& plan, Input input, const Sink& sink) {
+    const std::size_t n = plan.n;
+    const float* twiddles = plan.twiddles;
+    std::size_t span = n;
+    const auto other_blocks = [&](std::size_t quarter) {
+        const float* const next = twiddles + 6 * quarter;
+        const std::size_t half_turn = n / (2 * quarter);
+        block<false, false>(x + 2 * quarter, quarter, next, n, half_turn, sink);
+        block<false, false>(x + 4 * quarter, quarter, next, n, half_turn / 2, sink);
+        block<false, false>(x + 6 * quarter, quarter, next, n, half_turn + half_turn / 2, sink);
+        twiddles = next;
+        span = quarter;
+    };
+    real_radix4_stage(x, n / 4, twiddles, input);
+    other_blocks(n / 4);
+    while (span > 8) {
+        real_radix4_stage(x, span / 4, twiddles, [x](std::size_t i) { return x[2 * i]; });
+        other_blocks(span / 4);
+    }
+    for (std::size_t i = 0; i < span; ++i) {
+        x[2 * i + 1] = Pack{};
+    }
+    leaf<false, true>(x, span, twiddles, n, 0, sink);
+}
+
+/// The same with every zero as fft_pow2 makes it.
+template <class Input, class Sink>
+void exact_transform(Pack* x, const FftPlanView& plan, Input input, const Sink& sink) {
+    for (std::size_t i = 0; i < plan.n; ++i) {
+        store(x, i, {input(i), Pack{}});
+    }
+    block<true, true>(x, plan.n, plan.twiddles, plan.n, 0, sink);
+}
+
+}  // namespace
+}  // namespace sorvo::audio

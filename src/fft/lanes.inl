@@ -1,0 +1,66 @@
+// A pack of lanes: as many floats as a register of the level holds for which the including
+// translation unit is compiled. Everything here and in the kernels is in an anonymous namespace and
+// uses no inline code of other headers: a function compiled for one level must never be the one that
+// the linker keeps for all.
+#include <immintrin.h>
+
+#include <cstddef>
+
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"  // g++ 12 means its own AVX-512 header
+#endif
+
+#define SORVO_INLINE [[gnu::always_inline]] inline
+
+namespace sorvo::audio {
+namespace {
+
+#if defined(__AVX512F__)
+constexpr std::size_t lane_n = 16;
+#elif defined(__AVX2__)
+constexpr std::size_t lane_n = 8;
+#else
+constexpr std::size_t lane_n = 4;
+#endif
+
+using Pack = float __attribute__((vector_size(4 * lane_n)));
+using UnalignedPack = float __attribute__((vector_size(4 * lane_n), aligned(4), may_alias));
+
+SORVO_INLINE Pack load(const float* p) {
+    return *reinterpret_cast<const UnalignedPack*>(p);
+}
+
+SORVO_INLINE void store(float* p, Pack value) {
+    *reinterpret_cast<UnalignedPack*>(p) = value;
+}
+
+/// The complex values of one element in all lanes.
+struct Complex {
+    Pack re;
+    Pack im;
+};
+
+SORVO_INLINE Complex load(const Pack* x, std::size_t j) {
+    return {x[2 * j], x[2 * j + 1]};
+}
+
+SORVO_INLINE void store(Pack* x, std::size_t j, Complex value) {
+    x[2 * j] = value.re;
+    x[2 * j + 1] = value.im;
+}
+
+SORVO_INLINE Complex operator+(Complex a, Complex b) {
+    return {a.re + b.re, a.im + b.im};
+}
+
+SORVO_INLINE Complex operator-(Complex a, Complex b) {
+    return {a.re - b.re, a.im - b.im};
+}
+
+/// t times the twiddle w = (c, s).
+SORVO_INLINE Complex multiply(Complex t, const float* w) {
+    return {w[0] * t.re - w[1] * t.im, w[0] * t.im + w[1] * t.re};
+}
+
+}  // namespace
+}  // namespace sorvo::audio

@@ -1,0 +1,65 @@
+// The kernels that work on many frames side by side, a frame in each lane.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "fft/fft_plan.h"
+#include "util/cpu.h"
+
+namespace sorvo::audio {
+
+/// Frames to be transformed. Sample i of frame t is samples[offsets[i] + t].
+struct FrameJob {
+    FftPlanView plan;
+    const float* samples;
+    const std::uint32_t* offsets;
+    const float* window;  ///< as long as a frame; zeros outside begin ... end - 1
+    std::size_t begin;
+    std::size_t end;
+    float scale;
+    float* work;  ///< 2 n floats a lane, then work_scratch_n() floats a lane; aligned
+};
+
+/// Values that a transform keeps aside, in floats a lane.
+inline std::size_t work_scratch_n(const FftPlanView& plan) {
+    return plan.base_n > 2 * plan.largest_factor ? plan.base_n : 2 * plan.largest_factor;
+}
+
+/// Whether there is a zero among the real or the imaginary parts.
+struct Zeros {
+    bool re;
+    bool im;
+};
+
+struct FrameKernels {
+    CpuLevel level;
+    std::size_t lane_n;
+
+    /// dst[r * dst_row + c] = src[c * hop_n + r] for r < row_n, c < column_n; column_n >= 16. The
+    /// result is the bit pattern of the largest magnitude, NaN being above infinity.
+    std::uint32_t (*transpose)(float* dst, std::size_t dst_row, const float* src, std::size_t hop_n,
+                               std::size_t row_n, std::size_t column_n);
+
+    /// Spectra of frame_n frames, a multiple of lane_n: row k of frame_n squared moduli. Needs
+    /// finite data, as do the next two.
+    void (*squares)(float* out, const FrameJob& job, std::size_t frame_n);
+    /// Rows 2 k (real parts) and 2 k + 1 (imaginary parts) of frame_n values; a zero may have the
+    /// wrong sign where n is a power of two.
+    void (*spectra)(float* out, const FrameJob& job, std::size_t frame_n);
+    /// The same with the right signs, for powers of two.
+    void (*exact_spectra)(float* out, const FrameJob& job, std::size_t frame_n);
+
+    /// dst = re[0], im[0], re[1], im[1], ...
+    Zeros (*interleave)(float* dst, const float* re, const float* im, std::size_t n);
+    /// dst = re[0], 0, re[1], 0, ...
+    void (*interleave_zeros)(float* dst, const float* re, std::size_t n);
+};
+
+const FrameKernels& frame_kernels(CpuLevel level);
+
+extern const FrameKernels frame_kernels_baseline;
+extern const FrameKernels frame_kernels_avx2;
+extern const FrameKernels frame_kernels_avx512;
+
+}  // namespace sorvo::audio

@@ -1,0 +1,128 @@
+#include "stft/frame_spectra.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "fft/fft_table.h"
+#include "stft/framing.h"
+#include "stft/stft_core.h"
+#include "util/zeros.h"
+
+namespace sorvo::audio {
+namespace {
+
+/// Frames of a block: enough to fill whole cache lines of a frequency-major output, fewer where
+/// frames are long, so that a block stays in the second-level cache.
+std::size_t block_frames(int fft_n) {
+    return fft_n <= 1024 ? 64 : fft_n <= 2048 ? 32 : 16;
+}
+
+float scale_factor(const std::vector<float>& window, int fft_n, int norm_type) {
+    std::vector<float> one(1, 1.0F);
+    if (norm_type == 2) {
+        scale_stft_scipy(one, fft_n);
+    } else if (norm_type == 1) {
+        scale_stft_torch(one, window);
+    }
+    return one[0];
+}
+
+}  // namespace
+
+bool lanes_pay(const FrameSource& source) {
+    const int shortest = is_pow2(source.fft_n) ? 16 : 3;
+    return source.frame_n > 1 && source.fft_n >= shortest && source.fft_n <= max_planned_n;
+}
+
+FrameSpectra::FrameSpectra(const FrameSource& source, const FftPlan& plan,
+                           const std::vector<float>& window, int norm_type,
+                           const FrameKernels& kernels)
+    : source_(source),
+      kernels_(kernels),
+      block_n_(block_frames(source.fft_n)),
+      rows_(static_cast<std::size_t>(std::min(source.hop_n, source.fft_n))),
+      columns_(block_n_ + (static_cast<std::size_t>(source.fft_n) - 1) / rows_),
+      limit_(0.0F),
+      offsets_(static_cast<std::size_t>(source.fft_n)),
+      window_(static_cast<std::size_t>(source.fft_n), 1.0F),
+      transposed_(rows_ * row_length()),
+      work_(kernels.lane_n * (2 * plan.view().n + work_scratch_n(plan.view()))),
+      out_((plan.view().n / 2 + 1) * 2 * block_n_),
+      job_{plan.view(),
+           transposed_.data(),
+           offsets_.data(),
+           window_.data(),
+           0,
+           0,
+           scale_factor(window, source.fft_n, norm_type),
+           work_.data()} {
+    apply_window(window_, window);
+    const WindowSpan span(source.fft_n, static_cast<std::ptrdiff_t>(window.size()));
+    job_.begin = static_cast<std::size_t>(span.begin);
+    job_.end = static_cast<std::size_t>(span.cleared);
+    for (std::size_t i = 0; i < offsets_.size(); ++i) {
+        offsets_[i] = static_cast<std::uint32_t>(i % rows_ * row_length() + i / rows_);
+    }
+    // Below it neither the sums of a transform nor their squares reach the largest float.
+    limit_ = 1e18F / (static_cast<float>(source.fft_n) * std::max(job_.scale, 1.0F));
+}
+
+std::size_t FrameSpectra::row_length() const {
+    constexpr std::size_t line = 16;
+    return (columns_ + line - 1) / line * line;
+}
+
+bool FrameSpectra::load(std::int64_t t) {
+    const std::int64_t pad = source_.center == 0 ? 0 : source_.fft_n / 2;
+    const std::int64_t first = t * source_.hop_n - pad;
+    const std::int64_t end = first + static_cast<std::int64_t>(columns_ - 1) * source_.hop_n +
+                             static_cast<std::int64_t>(rows_);
+    const float* from = source_.src + first;
+    auto hop = static_cast<std::size_t>(source_.hop_n);
+    if (first < 0 || end > source_.sample_n) {
+        extend(t, first);
+        from = extended_.data();
+        hop = rows_;
+    }
+    const std::uint32_t largest =
+        kernels_.transpose(transposed_.data(), row_length(), from, hop, rows_, columns_);
+    float magnitude = 0.0F;
+    std::memcpy(&magnitude, &largest, sizeof magnitude);
+    return magnitude < limit_;
+}
+
+/// The block's samples, of which some lie outside the signal.
+void FrameSpectra::extend(std::int64_t t, std::int64_t first) {
+    extended_.resize(rows_ * columns_);
+    if (rows_ == static_cast<std::size_t>(source_.hop_n)) {
+        extract_segment(extended_, source_.src, source_.sample_n, first,
+                        source_.center == 1 ? Extension::reflect : Extension::zeros);
+        return;
+    }
+    // Frames with gaps in between: each by itself.
+    std::vector<float> frame(rows_);
+    for (std::size_t i = 0; i < block_n_; ++i) {
+        extract_frame(frame, source_.src, source_.sample_n, t + static_cast<std::int64_t>(i),
+                      source_.hop_n, source_.center);
+        std::copy(frame.begin(), frame.end(),
+                  extended_.begin() + static_cast<std::ptrdiff_t>(i * rows_));
+    }
+}
+
+float* FrameSpectra::squares() {
+    kernels_.squares(out_.data(), job_, block_n_);
+    return out_.data();
+}
+
+const float* FrameSpectra::spectra() {
+    kernels_.spectra(out_.data(), job_, block_n_);
+    return out_.data();
+}
+
+const float* FrameSpectra::exact_spectra() {
+    kernels_.exact_spectra(out_.data(), job_, block_n_);
+    return out_.data();
+}
+
+}  // namespace sorvo::audio

@@ -1,0 +1,209 @@
+// Moving data between memory order and lanes.
+
+namespace sorvo::audio {
+namespace {
+
+// A quarter register holds four neighbouring floats. Transposing four packs within each quarter
+// turns 4 x lane_n floats around, given that pack j is loaded from the columns j, j + 4, j + 8 ...
+#if defined(__AVX512F__)
+
+SORVO_INLINE Pack load_columns(const float* src, std::size_t hop_n) {
+    __m512 pack = _mm512_castps128_ps512(_mm_loadu_ps(src));
+    pack = _mm512_insertf32x4(pack, _mm_loadu_ps(src + 4 * hop_n), 1);
+    pack = _mm512_insertf32x4(pack, _mm_loadu_ps(src + 8 * hop_n), 2);
+    return _mm512_insertf32x4(pack, _mm_loadu_ps(src + 12 * hop_n), 3);
+}
+
+SORVO_INLINE void transpose_quarters(Pack& a, Pack& b, Pack& c, Pack& d) {
+    const __m512d ab_low = _mm512_castps_pd(_mm512_unpacklo_ps(a, b));
+    const __m512d ab_high = _mm512_castps_pd(_mm512_unpackhi_ps(a, b));
+    const __m512d cd_low = _mm512_castps_pd(_mm512_unpacklo_ps(c, d));
+    const __m512d cd_high = _mm512_castps_pd(_mm512_unpackhi_ps(c, d));
+    a = _mm512_castpd_ps(_mm512_unpacklo_pd(ab_low, cd_low));
+    b = _mm512_castpd_ps(_mm512_unpackhi_pd(ab_low, cd_low));
+    c = _mm512_castpd_ps(_mm512_unpacklo_pd(ab_high, cd_high));
+    d = _mm512_castpd_ps(_mm512_unpackhi_pd(ab_high, cd_high));
+}
+
+using PackBits = __m512i;
+
+SORVO_INLINE PackBits larger_magnitude(PackBits bits, Pack value) {
+    const __m512i magnitude =
+        _mm512_and_si512(_mm512_castps_si512(value), _mm512_set1_epi32(0x7fffffff));
+    return _mm512_max_epi32(bits, magnitude);
+}
+
+SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
+    const __m512i low = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const __m512i high =
+        _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+    store(dst, _mm512_permutex2var_ps(re, low, im));
+    store(dst + lane_n, _mm512_permutex2var_ps(re, high, im));
+}
+
+SORVO_INLINE bool any_zero(Pack value) {
+    return _mm512_cmp_ps_mask(value, Pack{}, _CMP_EQ_OQ) != 0;
+}
+
+#elif defined(__AVX2__)
+
+SORVO_INLINE Pack load_columns(const float* src, std::size_t hop_n) {
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(src)),
+                                _mm_loadu_ps(src + 4 * hop_n), 1);
+}
+
+SORVO_INLINE void transpose_quarters(Pack& a, Pack& b, Pack& c, Pack& d) {
+    const __m256d ab_low = _mm256_castps_pd(_mm256_unpacklo_ps(a, b));
+    const __m256d ab_high = _mm256_castps_pd(_mm256_unpackhi_ps(a, b));
+    const __m256d cd_low = _mm256_castps_pd(_mm256_unpacklo_ps(c, d));
+    const __m256d cd_high = _mm256_castps_pd(_mm256_unpackhi_ps(c, d));
+    a = _mm256_castpd_ps(_mm256_unpacklo_pd(ab_low, cd_low));
+    b = _mm256_castpd_ps(_mm256_unpackhi_pd(ab_low, cd_low));
+    c = _mm256_castpd_ps(_mm256_unpacklo_pd(ab_high, cd_high));
+    d = _mm256_castpd_ps(_mm256_unpackhi_pd(ab_high, cd_high));
+}
+
+using PackBits = __m256i;
+
+SORVO_INLINE PackBits larger_magnitude(PackBits bits, Pack value) {
+    const __m256i magnitude =
+        _mm256_and_si256(_mm256_castps_si256(value), _mm256_set1_epi32(0x7fffffff));
+    return _mm256_max_epi32(bits, magnitude);
+}
+
+SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
+    const __m256 low = _mm256_unpacklo_ps(re, im);
+    const __m256 high = _mm256_unpackhi_ps(re, im);
+    store(dst, _mm256_permute2f128_ps(low, high, 0x20));
+    store(dst + lane_n, _mm256_permute2f128_ps(low, high, 0x31));
+}
+
+SORVO_INLINE bool any_zero(Pack value) {
+    return _mm256_movemask_ps(_mm256_cmp_ps(value, Pack{}, _CMP_EQ_OQ)) != 0;
+}
+
+#else
+
+SORVO_INLINE Pack load_columns(const float* src, std::size_t /*hop_n*/) {
+    return _mm_loadu_ps(src);
+}
+
+SORVO_INLINE void transpose_quarters(Pack& a, Pack& b, Pack& c, Pack& d) {
+    const __m128d ab_low = _mm_castps_pd(_mm_unpacklo_ps(a, b));
+    const __m128d ab_high = _mm_castps_pd(_mm_unpackhi_ps(a, b));
+    const __m128d cd_low = _mm_castps_pd(_mm_unpacklo_ps(c, d));
+    const __m128d cd_high = _mm_castps_pd(_mm_unpackhi_ps(c, d));
+    a = _mm_castpd_ps(_mm_unpacklo_pd(ab_low, cd_low));
+    b = _mm_castpd_ps(_mm_unpackhi_pd(ab_low, cd_low));
+    c = _mm_castpd_ps(_mm_unpacklo_pd(ab_high, cd_high));
+    d = _mm_castpd_ps(_mm_unpackhi_pd(ab_high, cd_high));
+}
+
+using PackBits = __m128i;
+
+SORVO_INLINE PackBits larger_magnitude(PackBits bits, Pack value) {
+    const __m128i magnitude = _mm_and_si128(_mm_castps_si128(value), _mm_set1_epi32(0x7fffffff));
+    const __m128i larger = _mm_cmpgt_epi32(magnitude, bits);
+    return _mm_or_si128(_mm_and_si128(larger, magnitude), _mm_andnot_si128(larger, bits));
+}
+
+SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
+    store(dst, _mm_unpacklo_ps(re, im));
+    store(dst + lane_n, _mm_unpackhi_ps(re, im));
+}
+
+SORVO_INLINE bool any_zero(Pack value) {
+    return _mm_movemask_ps(_mm_cmpeq_ps(value, Pack{})) != 0;
+}
+
+#endif
+
+/// The largest magnitude seen, as bits: so NaN is above infinity.
+class Magnitude {
+  public:
+    void see(Pack value) { packs_ = larger_magnitude(packs_, value); }
+
+    void see(float value) {
+        std::uint32_t bits = 0;
+        __builtin_memcpy(&bits, &value, sizeof bits);
+        bits &= 0x7fffffffU;
+        bits_ = bits > bits_ ? bits : bits_;
+    }
+
+    std::uint32_t bits() const {
+        std::uint32_t lanes[lane_n];
+        __builtin_memcpy(lanes, &packs_, sizeof lanes);
+        std::uint32_t largest = bits_;
+        for (const std::uint32_t lane : lanes) {
+            largest = lane > largest ? lane : largest;
+        }
+        return largest;
+    }
+
+  private:
+    PackBits packs_ = {};
+    std::uint32_t bits_ = 0;
+};
+
+/// Blocks of 4 rows and lane_n columns; the last of either direction overlap the ones before.
+std::uint32_t transpose(float* dst, std::size_t dst_row, const float* src, std::size_t hop_n,
+                        std::size_t row_n, std::size_t column_n) {
+    Magnitude magnitude;
+    for (std::size_t column = 0; column < column_n; column += lane_n) {
+        const std::size_t c = column + lane_n <= column_n ? column : column_n - lane_n;
+        const float* const from = src + c * hop_n;
+        for (std::size_t row = 0; row < row_n && row_n >= 4; row += 4) {
+            const std::size_t r = row + 4 <= row_n ? row : row_n - 4;
+            Pack rows[4];
+            for (std::size_t i = 0; i < 4; ++i) {
+                rows[i] = load_columns(from + i * hop_n + r, hop_n);
+                magnitude.see(rows[i]);
+            }
+            transpose_quarters(rows[0], rows[1], rows[2], rows[3]);
+            for (std::size_t i = 0; i < 4; ++i) {
+                store(dst + (r + i) * dst_row + c, rows[i]);
+            }
+        }
+        for (std::size_t r = 0; r < row_n && row_n < 4; ++r) {
+            for (std::size_t i = 0; i < lane_n; ++i) {
+                const float value = from[i * hop_n + r];
+                magnitude.see(value);
+                dst[r * dst_row + c + i] = value;
+            }
+        }
+    }
+    return magnitude.bits();
+}
+
+Zeros interleave(float* dst, const float* re, const float* im, std::size_t n) {
+    Zeros zeros = {false, false};
+    std::size_t i = 0;
+    for (; i + lane_n <= n; i += lane_n) {
+        const Pack a = load(re + i);
+        const Pack b = load(im + i);
+        zeros.re = any_zero(a) || zeros.re;
+        zeros.im = any_zero(b) || zeros.im;
+        store_interleaved(dst + 2 * i, a, b);
+    }
+    for (; i < n; ++i) {
+        zeros.re = re[i] == 0.0F || zeros.re;
+        zeros.im = im[i] == 0.0F || zeros.im;
+        dst[2 * i] = re[i];
+        dst[2 * i + 1] = im[i];
+    }
+    return zeros;
+}
+
+void interleave_zeros(float* dst, const float* re, std::size_t n) {
+    std::size_t i = 0;
+    for (; i + lane_n <= n; i += lane_n) {
+        store_interleaved(dst + 2 * i, load(re + i), Pack{});
+    }
+    for (; i < n; ++i) {
+        dst[2 * i] = re[i];
+        dst[2 * i + 1] = 0.0F;
+    }
+}
+
+}  // namespace
+}  // namespace sorvo::audio
