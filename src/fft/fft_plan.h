@@ -13,8 +13,8 @@ namespace sorvo::audio {
 struct FftStage {
     std::size_t factor;
     std::size_t sub_n;
-    std::size_t blocks;         ///< how many such stages there are side by side: n / (factor sub_n)
-    const float* twiddles;      ///< nullptr where the stage looks its roots up in the table
+    std::size_t blocks;     ///< how many such stages there are side by side: n / (factor sub_n)
+    const float* twiddles;  ///< nullptr where the stage looks its roots up in the table
 };
 
 constexpr std::size_t fused_twos = 4;  // 4 is never a factor by itself
@@ -22,11 +22,11 @@ constexpr std::size_t fused_twos = 4;  // 4 is never a factor by itself
 /// Plain pointers: kernels are compiled for one processor level each and may not share inline code.
 struct FftPlanView {
     std::size_t n;
-    const float* roots;         ///< the table of FftTable
-    const float* twiddles;      ///< powers of two: stage after stage, k after k, (c, s) of k, 2k, 3k
-    const FftStage* stages;     ///< other lengths: from the outermost stage inwards
+    const float* roots;      ///< the table of FftTable
+    const float* twiddles;   ///< powers of two: stage after stage, k after k, (c, s) of k, 2k, 3k
+    const FftStage* stages;  ///< other lengths: from the outermost stage inwards
     std::size_t stage_n;
-    std::size_t base_n;         ///< length of the direct transforms that the innermost stage joins
+    std::size_t base_n;          ///< length of the direct transforms that the innermost stage joins
     std::size_t largest_factor;  ///< of the stages, at least 1
 };
 

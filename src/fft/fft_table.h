@@ -17,9 +17,9 @@ bool is_pow2(int n);
 ///
 /// With theta(j) = -2 pi j / n (forward) or +2 pi j / n (inverse), rounded to float once:
 ///  - n a power of two: n / 4 groups of 12 floats, the three twiddles of one radix-4 butterfly,
-///    each expanded into the rows of a complex multiplication. Group k holds (c, s, -s, c) of theta(2k),
-///    (c, s, -s, c) of theta(k) and, in another order, (-s, c, c, s) of theta(3k). The vector has
-///    3 n elements; those of n = 1 and 2 are zeros.
+///    each expanded into the rows of a complex multiplication. Group k holds (c, s, -s, c) of
+///    theta(2k), (c, s, -s, c) of theta(k) and, in another order, (-s, c, c, s) of theta(3k). The
+///    vector has 3 n elements; those of n = 1 and 2 are zeros.
 ///  - any other n: the n roots (cos theta(j), sin theta(j)), interleaved.
 class FftTable {
   public:

@@ -126,8 +126,7 @@ SORVO_INLINE void sum_any_column(const Pack* x, const FftStage& stage, const flo
     }
 }
 
-[[gnu::noinline]] void join_any(Pack* x, const FftStage& stage, const float* roots,
-                                Pack* scratch) {
+[[gnu::noinline]] void join_any(Pack* x, const FftStage& stage, const float* roots, Pack* scratch) {
     const std::size_t last = stage.factor * stage.sub_n - 1;
     for (std::size_t k = 0; k < stage.sub_n; ++k) {
         sum_any_column(x, stage, roots, k, last, scratch,
@@ -213,12 +212,23 @@ class GeneralTransform {
         const FftStage& stage = plan_.stages[0];
         sub_transforms(x, 0, 0, 1);
         switch (stage.factor) {
-            case 2: deliver<2>(x, stage, sink); break;
-            case 3: deliver<3>(x, stage, sink); break;
-            case fused_twos: deliver_fused_twos(x, stage, sink); break;
-            case 5: deliver<5>(x, stage, sink); break;
-            case 7: deliver<7>(x, stage, sink); break;
-            default: deliver_any(x, stage, plan_.roots, scratch_, sink);
+            case 2:
+                deliver<2>(x, stage, sink);
+                break;
+            case 3:
+                deliver<3>(x, stage, sink);
+                break;
+            case fused_twos:
+                deliver_fused_twos(x, stage, sink);
+                break;
+            case 5:
+                deliver<5>(x, stage, sink);
+                break;
+            case 7:
+                deliver<7>(x, stage, sink);
+                break;
+            default:
+                deliver_any(x, stage, plan_.roots, scratch_, sink);
         }
     }
 
@@ -240,12 +250,23 @@ class GeneralTransform {
         const FftStage& stage = plan_.stages[level];
         sub_transforms(x, level, first, stride);
         switch (stage.factor) {
-            case 2: join<2>(x, stage); break;
-            case 3: join<3>(x, stage); break;
-            case fused_twos: join_fused_twos(x, stage); break;
-            case 5: join<5>(x, stage); break;
-            case 7: join<7>(x, stage); break;
-            default: join_any(x, stage, plan_.roots, scratch_);
+            case 2:
+                join<2>(x, stage);
+                break;
+            case 3:
+                join<3>(x, stage);
+                break;
+            case fused_twos:
+                join_fused_twos(x, stage);
+                break;
+            case 5:
+                join<5>(x, stage);
+                break;
+            case 7:
+                join<7>(x, stage);
+                break;
+            default:
+                join_any(x, stage, plan_.roots, scratch_);
         }
     }
 
@@ -256,10 +277,17 @@ class GeneralTransform {
 
     void bases(Pack* x, std::size_t count, std::size_t first, std::size_t stride) const {
         switch (plan_.base_n) {
-            case 3: base_loop<3>(x, count, first, stride); break;
-            case 5: base_loop<5>(x, count, first, stride); break;
-            case 7: base_loop<7>(x, count, first, stride); break;
-            default: base_loop_any(x, count, first, stride);
+            case 3:
+                base_loop<3>(x, count, first, stride);
+                break;
+            case 5:
+                base_loop<5>(x, count, first, stride);
+                break;
+            case 7:
+                base_loop<7>(x, count, first, stride);
+                break;
+            default:
+                base_loop_any(x, count, first, stride);
         }
     }
 

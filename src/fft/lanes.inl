@@ -1,7 +1,7 @@
 // A pack of lanes: as many floats as a register of the level holds for which the including
 // translation unit is compiled. Everything here and in the kernels is in an anonymous namespace and
-// uses no inline code of other headers: a function compiled for one level must never be the one that
-// the linker keeps for all.
+// uses no inline code of other headers: a function compiled for one level must never be the one
+// that the linker keeps for all.
 #include <immintrin.h>
 
 #include <cstddef>

@@ -54,23 +54,36 @@ void MFBTable::init_mfb_table(const MelFilterBankParam& key) {
     if (table_.count(key) != 0) {
         return;
     }
-    auto bank = make_zeros<std::vector<float>>(static_cast<std::uint64_t>(key.mel_n));
-    for (std::vector<float>& row : bank) {
+    Entry entry;
+    entry.bank = make_zeros<std::vector<float>>(static_cast<std::uint64_t>(key.mel_n));
+    for (std::vector<float>& row : entry.bank) {
         row = make_zeros<float>(static_cast<std::uint64_t>(key.freq_n));
     }
-    create_fb_matrix(bank, key.freq_n, key.f_min, key.f_max, key.mel_n, key.sample_rate,
+    create_fb_matrix(entry.bank, key.freq_n, key.f_min, key.f_max, key.mel_n, key.sample_rate,
                      key.mel_norm, key.htk);
-    table_.emplace(key, std::move(bank));
+    entry.bands.reserve(entry.bank.size());
+    for (const std::vector<float>& row : entry.bank) {
+        entry.bands.push_back(nonzero_band(row.data(), row.size()));
+    }
+    table_.emplace(key, std::move(entry));
+}
+
+const MFBTable::Entry& MFBTable::ref(MelFilterBankParam key) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    key = without_nan(key);
+    init_mfb_table(key);
+    return table_.find(key)->second;
 }
 
 const std::vector<std::vector<float>>& MFBTable::ref_table(int freq_n, float f_min, float f_max,
                                                            int mel_n, int sample_rate, int mel_norm,
                                                            bool htk) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    const MelFilterBankParam key =
-        without_nan({freq_n, f_min, f_max, mel_n, sample_rate, mel_norm, htk});
-    init_mfb_table(key);
-    return table_.find(key)->second;
+    return ref({freq_n, f_min, f_max, mel_n, sample_rate, mel_norm, htk}).bank;
+}
+
+const std::vector<MelBand>& MFBTable::ref_bands(int freq_n, float f_min, float f_max, int mel_n,
+                                                int sample_rate, int mel_norm, bool htk) {
+    return ref({freq_n, f_min, f_max, mel_n, sample_rate, mel_norm, htk}).bands;
 }
 
 }  // namespace sorvo::audio

@@ -5,6 +5,8 @@
 #include <mutex>
 #include <vector>
 
+#include "mel/mel_kernels.h"
+
 namespace sorvo::audio {
 
 /// Everything that a mel filter bank depends on.
@@ -35,13 +37,23 @@ class MFBTable {
                                                      int mel_n, int sample_rate, int mel_norm,
                                                      bool htk);
 
+    /// The bands of the same bank without their zeros.
+    const std::vector<MelBand>& ref_bands(int freq_n, float f_min, float f_max, int mel_n,
+                                          int sample_rate, int mel_norm, bool htk);
+
   private:
+    struct Entry {
+        std::vector<std::vector<float>> bank;
+        std::vector<MelBand> bands;
+    };
+
     MFBTable() = default;
+    const Entry& ref(MelFilterBankParam key);
     /// Builds the bank unless it is there; the mutex is held. It becomes visible only when
     /// complete.
     void init_mfb_table(const MelFilterBankParam& key);
 
-    std::map<MelFilterBankParam, std::vector<std::vector<float>>> table_;
+    std::map<MelFilterBankParam, Entry> table_;
     std::mutex mutex_;
 };
 

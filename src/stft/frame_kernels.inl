@@ -1,7 +1,7 @@
 // The kernels of frame_kernels.h for the level of the including translation unit.
-#include "fft/lanes.inl"
 #include "fft/lane_fft_general.inl"
 #include "fft/lane_fft_pow2.inl"
+#include "fft/lanes.inl"
 #include "stft/lane_moves.inl"
 
 namespace sorvo::audio {
@@ -80,8 +80,8 @@ void exact_spectra(float* out, const FrameJob& job, std::size_t frame_n) {
 }
 
 constexpr FrameKernels make_frame_kernels(CpuLevel level) {
-    return {level,         lane_n,     transpose,       squares, spectra,
-            exact_spectra, interleave, interleave_zeros};
+    return {level,   lane_n,        transpose,  squares,
+            spectra, exact_spectra, interleave, interleave_zeros};
 }
 
 }  // namespace

@@ -23,8 +23,8 @@ struct FrameSource {
 /// True where FrameSpectra is faster than one frame at a time.
 bool lanes_pay(const FrameSource& source);
 
-/// Holds the spectra of block_n() frames: bins 0 ... fft_n / 2, as stft_core makes them. The storage
-/// does not grow with the signal.
+/// Holds the spectra of block_n() frames: bins 0 ... fft_n / 2, as stft_core makes them. The
+/// storage does not grow with the signal.
 class FrameSpectra {
   public:
     FrameSpectra(const FrameSource& source, const FftPlan& plan, const std::vector<float>& window,
@@ -34,9 +34,9 @@ class FrameSpectra {
 
     std::size_t block_n() const { return block_n_; }
 
-    /// Loads the frames t ... t + block_n() - 1; those past the last are unspecified. False if their
-    /// samples are not finite or so large that a sum might overflow: what the kernels leave out
-    /// would then count, and the frames have to be computed one by one.
+    /// Loads the frames t ... t + block_n() - 1; those past the last are unspecified. False if
+    /// their samples are not finite or so large that a sum might overflow: what the kernels leave
+    /// out would then count, and the frames have to be computed one by one.
     bool load(std::int64_t t);
 
     /// Squared moduli of the loaded frames, [bin][block_n()].

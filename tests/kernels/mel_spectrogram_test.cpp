@@ -1,0 +1,64 @@
+#include "mel/mel_spectrogram.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <vector>
+
+#include "kernels/levels.h"
+#include "kernels/stft_signals.h"
+#include "stft/framing.h"
+
+namespace {
+
+using namespace sorvo::audio;
+
+struct Shape {
+    int fft_n;
+    int hop_n;
+    int mel_n;
+    float f_max;
+};
+
+void expect_equal(const std::vector<float>& src, const Shape& shape, int center, float power,
+                  int max_frame_n) {
+    const int sample_n = static_cast<int>(src.size());
+    const int all = get_frame_len(sample_n, shape.fft_n, shape.hop_n, center);
+    const FrameSource source = {src.data(),  sample_n, shape.fft_n,
+                                shape.hop_n, center,   std::min(all, max_frame_n)};
+    const MelFilterBankParam mel = {
+        shape.fft_n / 2 + 1, 0.0F, shape.f_max, shape.mel_n, 16000, center % 2, center == 1};
+    const auto compute = [&](const FrameKernels* kernels) {
+        std::vector<float> dst(
+            static_cast<std::size_t>(shape.mel_n) * static_cast<std::size_t>(source.frame_n) + 1,
+            -12345.0F);
+        mel_spectrogram(dst.data(), source, shape.fft_n - 3, 1, power, center, mel, kernels);
+        return dst;
+    };
+    const std::vector<float> expected = compute(nullptr);
+    test::for_each_level([&](CpuLevel level) {
+        EXPECT_EQ(test::first_difference(compute(&frame_kernels(level)), expected), test::none)
+            << "fft_n " << shape.fft_n << " center " << center << " power " << power;
+    });
+}
+
+TEST(MelKernels, EqualOneFrameAtATime) {
+    const Shape shapes[] = {{64, 20, 10, 8000.0F},
+                            {60, 30, 29, 8000.0F},
+                            {100, 130, 12, 20000.0F},
+                            {256, 64, 40, 3000.0F},
+                            {64, 16, 20, std::numeric_limits<float>::quiet_NaN()}};
+    for (const Shape& shape : shapes) {
+        for (const test::NamedSignal& signal : test::telling_signals(2500)) {
+            SCOPED_TRACE(signal.name);
+            for (const float power : {0.0F, 1.0F, 2.0F, 7.0F}) {
+                const int center = power == 0.0F ? 0 : power == 1.0F ? 1 : 2;
+                expect_equal(signal.samples, shape, center, power, power == 7.0F ? 37 : 1000);
+            }
+        }
+    }
+    expect_equal(test::noise(2500, 1.0F), shapes[0], 1, std::numeric_limits<float>::quiet_NaN(),
+                 1000);
+}
+
+}  // namespace
