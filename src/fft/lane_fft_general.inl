@@ -5,6 +5,10 @@
 // Every sum starts from +0 and so never becomes -0. Therefore the products with a zero imaginary
 // part, with the root (1, -0) and the addition to the first 0 change nothing and are left out; data
 // must be finite.
+#pragma once
+
+#include "fft/fft_plan.h"
+#include "fft/lanes.inl"
 
 namespace sorvo::audio {
 namespace {
@@ -34,12 +38,35 @@ SORVO_INLINE void load_column(Complex* y, const Pack* x, std::size_t sub_n, std:
     }
 }
 
-/// A stage in place.
+/// Column 0 of the innermost stage: the first outputs of transforms of real data are real.
 template <std::size_t factor>
-[[gnu::noinline]] void join(Pack* x, const FftStage& stage) {
+SORVO_INLINE void join_real_column(Pack* x, std::size_t sub_n, const float* w) {
+    Pack y[factor];
+    for (std::size_t s = 0; s < factor; ++s) {
+        y[s] = x[2 * s * sub_n];
+    }
+    for (std::size_t u = 0; u < factor; ++u) {
+        Complex sum = {y[0], Pack{}};
+        for (std::size_t s = 1; s < factor; ++s, w += 2) {
+            sum.re += w[0] * y[s];
+            sum.im += w[1] * y[s];
+        }
+        store(x, u * sub_n, sum);
+    }
+}
+
+/// A stage in place; `innermost` is the one that joins the direct transforms.
+template <std::size_t factor>
+[[gnu::noinline]] void join(Pack* x, const FftStage& stage, bool innermost) {
     const std::size_t sub_n = stage.sub_n;
     const float* w = stage.twiddles;
-    for (std::size_t k = 0; k < sub_n; ++k, w += 2 * factor * (factor - 1)) {
+    std::size_t k = 0;
+    if (innermost) {
+        join_real_column<factor>(x, sub_n, w);
+        w += 2 * factor * (factor - 1);
+        k = 1;
+    }
+    for (; k < sub_n; ++k, w += 2 * factor * (factor - 1)) {
         Complex y[factor];
         load_column<factor>(y, x, sub_n, k);
         sum_column<factor>(y, w, factor,
@@ -143,9 +170,9 @@ template <class Sink>
     }
 }
 
-/// The direct transform of the n real elements input(0 ... n - 1).
+/// The direct transform of the n real elements input(0 ... n - 1); w[j] are the roots of 1.
 template <std::size_t n, class Input, class Put>
-SORVO_INLINE void real_base(const float* roots, std::size_t blocks, Input input, Put put) {
+SORVO_INLINE void real_base(const Complex* w, Input input, Put put) {
     Pack x[n];
     x[0] = input(0) + Pack{};  // -0 becomes +0, as in a sum
     Pack sum = x[0];
@@ -157,9 +184,8 @@ SORVO_INLINE void real_base(const float* roots, std::size_t blocks, Input input,
     for (std::size_t k = 1; k < n; ++k) {
         Complex out = {x[0], Pack{}};
         for (std::size_t j = 1; j < n; ++j) {
-            const float* const w = roots + 2 * (j * k % n) * blocks;
-            out.re += w[0] * x[j];
-            out.im += w[1] * x[j];
+            out.re += w[j * k % n].re * x[j];
+            out.im += w[j * k % n].im * x[j];
         }
         put(k, out);
     }
@@ -249,21 +275,22 @@ class GeneralTransform {
     void sub_transform(Pack* x, std::size_t level, std::size_t first, std::size_t stride) const {
         const FftStage& stage = plan_.stages[level];
         sub_transforms(x, level, first, stride);
+        const bool innermost = level + 1 == plan_.stage_n;
         switch (stage.factor) {
             case 2:
-                join<2>(x, stage);
+                join<2>(x, stage, innermost);
                 break;
             case 3:
-                join<3>(x, stage);
+                join<3>(x, stage, innermost);
                 break;
             case fused_twos:
                 join_fused_twos(x, stage);
                 break;
             case 5:
-                join<5>(x, stage);
+                join<5>(x, stage, innermost);
                 break;
             case 7:
-                join<7>(x, stage);
+                join<7>(x, stage, innermost);
                 break;
             default:
                 join_any(x, stage, plan_.roots, scratch_);
@@ -296,11 +323,16 @@ class GeneralTransform {
                                      std::size_t stride) const {
         const FftStage& stage = plan_.stages[plan_.stage_n - 1];
         const std::size_t step = stage.factor * stride;
+        Complex w[n];
+        for (std::size_t j = 0; j < n; ++j) {
+            const float* const root = plan_.roots + 2 * j * (plan_.n / n);
+            w[j] = {broadcast(root[0]), broadcast(root[1])};
+        }
         for (std::size_t r = 0; r < count; ++r) {
             const std::size_t from = first + residue(stage, r) * stride;
             Pack* const to = x + 2 * r * n;
             real_base<n>(
-                plan_.roots, plan_.n / n, [&](std::size_t j) { return input_(from + j * step); },
+                w, [&](std::size_t j) { return input_(from + j * step); },
                 [=](std::size_t k, Complex value) { store(to, k, value); });
         }
     }

@@ -4,6 +4,10 @@
 //
 // `exact_zeros` keeps the products with the twiddle (1, -0), which decide nothing but the sign of a
 // zero. Without it the results are those of fft_pow2 save for that sign; data must be finite.
+#pragma once
+
+#include "fft/fft_plan.h"
+#include "fft/lanes.inl"
 
 namespace sorvo::audio {
 namespace {

@@ -2,6 +2,8 @@
 // translation unit is compiled. Everything here and in the kernels is in an anonymous namespace and
 // uses no inline code of other headers: a function compiled for one level must never be the one
 // that the linker keeps for all.
+#pragma once
+
 #include <immintrin.h>
 
 #include <cstddef>
@@ -32,6 +34,16 @@ SORVO_INLINE Pack load(const float* p) {
 
 SORVO_INLINE void store(float* p, Pack value) {
     *reinterpret_cast<UnalignedPack*>(p) = value;
+}
+
+SORVO_INLINE Pack broadcast(float value) {
+#if defined(__AVX512F__)
+    return _mm512_set1_ps(value);
+#elif defined(__AVX2__)
+    return _mm256_set1_ps(value);
+#else
+    return _mm_set1_ps(value);
+#endif
 }
 
 /// The complex values of one element in all lanes.

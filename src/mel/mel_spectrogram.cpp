@@ -75,7 +75,7 @@ void mel_spectrogram(float* dst, const FrameSource& source, int win_n, int win_t
     const std::vector<MelBand>& bands = MFBTable::instance().ref_bands(
         mel.freq_n, mel.f_min, mel.f_max, mel.mel_n, mel.sample_rate, mel.mel_norm, mel.htk);
     FrameSpectra spectra(source, FftTable::instance().ref_plan(source.fft_n), mel_frames.window,
-                         fft_norm_type, *kernels);
+                         fft_norm_type, FrameSpectra::Form::squares, *kernels);
     const MelKernels& mel_kernel = mel_kernels(kernels->level);
     const auto freq_n = static_cast<std::size_t>(mel.freq_n);
     const std::size_t block_n = spectra.block_n();
@@ -86,14 +86,16 @@ void mel_spectrogram(float* dst, const FrameSource& source, int win_n, int win_t
             continue;
         }
         float* const values = spectra.squares();
+        bool finite = true;
         for (std::size_t k = 0; k < freq_n; ++k) {
-            float* const row = values + k * block_n;
+            float* const row = values + k * spectra.row_n();
             raise_to_power(row, row, n, power * 0.5F, kernels->level);
+            // The squares are finite, but a high power of them may not be.
+            finite = (power <= 2.0F || mel_kernel.all_finite(row, n)) && finite;
         }
-        // Squared moduli are finite, but a high power of them may not be.
-        if (power <= 2.0F || mel_kernel.all_finite(values, freq_n * block_n)) {
-            mel_kernel.apply_bands(dst + t, frame_n, values, block_n, bands.data(), bands.size(),
-                                   n);
+        if (finite) {
+            mel_kernel.apply_bands(dst + t, frame_n, values, spectra.row_n(), bands.data(),
+                                   bands.size(), n);
         } else {
             compute_frames(mel_frames, t, t + n);
         }

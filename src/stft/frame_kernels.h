@@ -18,7 +18,10 @@ struct FrameJob {
     std::size_t begin;
     std::size_t end;
     float scale;
-    float* work;  ///< 2 n floats a lane, then work_scratch_n() floats a lane; aligned
+    float* out;  ///< rows of out_row floats, of which each frame has one
+    std::size_t out_row;
+    std::size_t frame_n;  ///< a multiple of lane_n
+    float* work;          ///< 2 n floats a lane, then work_scratch_n() floats a lane; aligned
 };
 
 /// Values that a transform keeps aside, in floats a lane.
@@ -41,14 +44,13 @@ struct FrameKernels {
     std::uint32_t (*transpose)(float* dst, std::size_t dst_row, const float* src, std::size_t hop_n,
                                std::size_t row_n, std::size_t column_n);
 
-    /// Spectra of frame_n frames, a multiple of lane_n: row k of frame_n squared moduli. Needs
-    /// finite data, as do the next two.
-    void (*squares)(float* out, const FrameJob& job, std::size_t frame_n);
-    /// Rows 2 k (real parts) and 2 k + 1 (imaginary parts) of frame_n values; a zero may have the
-    /// wrong sign where n is a power of two.
-    void (*spectra)(float* out, const FrameJob& job, std::size_t frame_n);
+    /// Row k: the squared modulus of bin k. Needs finite data, as do the next two.
+    void (*squares)(const FrameJob& job);
+    /// Rows 2 k and 2 k + 1: the real and the imaginary part of bin k. A zero may have the wrong
+    /// sign where n is a power of two.
+    void (*spectra)(const FrameJob& job);
     /// The same with the right signs, for powers of two.
-    void (*exact_spectra)(float* out, const FrameJob& job, std::size_t frame_n);
+    void (*exact_spectra)(const FrameJob& job);
 
     /// dst = re[0], im[0], re[1], im[1], ...
     Zeros (*interleave)(float* dst, const float* re, const float* im, std::size_t n);

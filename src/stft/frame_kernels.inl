@@ -42,18 +42,18 @@ struct ComplexSink {
 };
 
 template <class Transform>
-void for_each_tile(const FrameJob& job, std::size_t frame_n, Transform transform) {
+void for_each_tile(const FrameJob& job, Transform transform) {
     Pack* const work = reinterpret_cast<Pack*>(job.work);
-    for (std::size_t t = 0; t < frame_n; t += lane_n) {
+    for (std::size_t t = 0; t < job.frame_n; t += lane_n) {
         transform(t, work, WindowedSamples{job.samples + t, job.offsets, job.window});
     }
 }
 
 template <class Sink>
-void transform_tiles(float* out, const FrameJob& job, std::size_t frame_n) {
+void transform_tiles(const FrameJob& job) {
     const FftPlanView& plan = job.plan;
-    for_each_tile(job, frame_n, [&](std::size_t t, Pack* work, const WindowedSamples& input) {
-        const Sink sink = {out + t, frame_n, job.scale};
+    for_each_tile(job, [&](std::size_t t, Pack* work, const WindowedSamples& input) {
+        const Sink sink = {job.out + t, job.out_row, job.scale};
         if (plan.base_n == 0) {
             real_transform(work, plan, input, sink);
         } else {
@@ -62,26 +62,24 @@ void transform_tiles(float* out, const FrameJob& job, std::size_t frame_n) {
     });
 }
 
-void squares(float* out, const FrameJob& job, std::size_t frame_n) {
-    transform_tiles<SquareSink>(out, job, frame_n);
-}
-
-void spectra(float* out, const FrameJob& job, std::size_t frame_n) {
-    transform_tiles<ComplexSink>(out, job, frame_n);
-}
-
-void exact_spectra(float* out, const FrameJob& job, std::size_t frame_n) {
-    for_each_tile(job, frame_n, [&](std::size_t t, Pack* work, const WindowedSamples& input) {
+void exact_spectra(const FrameJob& job) {
+    for_each_tile(job, [&](std::size_t t, Pack* work, const WindowedSamples& input) {
         const auto windowed = [&](std::size_t i) {  // x * 0 could be -0
             return i >= job.begin && i < job.end ? input(i) : Pack{};
         };
-        exact_transform(work, job.plan, windowed, ComplexSink{out + t, frame_n, job.scale});
+        exact_transform(work, job.plan, windowed, ComplexSink{job.out + t, job.out_row, job.scale});
     });
 }
 
 constexpr FrameKernels make_frame_kernels(CpuLevel level) {
-    return {level,   lane_n,        transpose,  squares,
-            spectra, exact_spectra, interleave, interleave_zeros};
+    return {level,
+            lane_n,
+            transpose,
+            transform_tiles<SquareSink>,
+            transform_tiles<ComplexSink>,
+            exact_spectra,
+            interleave,
+            interleave_zeros};
 }
 
 }  // namespace

@@ -15,7 +15,14 @@ namespace {
 /// Frames of a block: enough to fill whole cache lines of a frequency-major output, fewer where
 /// frames are long, so that a block stays in the second-level cache.
 std::size_t block_frames(int fft_n) {
-    return fft_n <= 1024 ? 64 : fft_n <= 2048 ? 32 : 16;
+    return fft_n <= 1024 ? 64 : fft_n <= 2048 ? 48 : 16;
+}
+
+/// Floats of a row that holds n: an odd number of cache lines, so that the rows of a column spread
+/// over the whole first-level cache.
+std::size_t odd_lines(std::size_t n) {
+    constexpr std::size_t line = 16;
+    return ((n + line - 1) / line | 1) * line;
 }
 
 float scale_factor(const std::vector<float>& window, int fft_n, int norm_type) {
@@ -36,41 +43,49 @@ bool lanes_pay(const FrameSource& source) {
 }
 
 FrameSpectra::FrameSpectra(const FrameSource& source, const FftPlan& plan,
-                           const std::vector<float>& window, int norm_type,
+                           const std::vector<float>& window, int norm_type, Form form,
                            const FrameKernels& kernels)
     : source_(source),
       kernels_(kernels),
-      block_n_(block_frames(source.fft_n)),
       rows_(static_cast<std::size_t>(std::min(source.hop_n, source.fft_n))),
-      columns_(block_n_ + (static_cast<std::size_t>(source.fft_n) - 1) / rows_),
+      columns_(block_frames(source.fft_n) + (static_cast<std::size_t>(source.fft_n) - 1) / rows_),
       limit_(0.0F),
       offsets_(static_cast<std::size_t>(source.fft_n)),
       window_(static_cast<std::size_t>(source.fft_n), 1.0F),
-      transposed_(rows_ * row_length()),
-      work_(kernels.lane_n * (2 * plan.view().n + work_scratch_n(plan.view()))),
-      out_((plan.view().n / 2 + 1) * 2 * block_n_),
-      job_{plan.view(),
-           transposed_.data(),
-           offsets_.data(),
-           window_.data(),
-           0,
-           0,
-           scale_factor(window, source.fft_n, norm_type),
-           work_.data()} {
+      workspace_({transposed_n(), work_n(plan.view()), out_n(form)}),
+      transposed_(workspace_.take(transposed_n())),
+      job_{} {
     apply_window(window_, window);
     const WindowSpan span(source.fft_n, static_cast<std::ptrdiff_t>(window.size()));
+    for (std::size_t i = 0; i < offsets_.size(); ++i) {
+        offsets_[i] = static_cast<std::uint32_t>(i % rows_ * odd_lines(columns_) + i / rows_);
+    }
+    job_.plan = plan.view();
+    job_.samples = transposed_;
+    job_.offsets = offsets_.data();
+    job_.window = window_.data();
     job_.begin = static_cast<std::size_t>(span.begin);
     job_.end = static_cast<std::size_t>(span.cleared);
-    for (std::size_t i = 0; i < offsets_.size(); ++i) {
-        offsets_[i] = static_cast<std::uint32_t>(i % rows_ * row_length() + i / rows_);
-    }
+    job_.scale = scale_factor(window, source.fft_n, norm_type);
+    job_.frame_n = block_frames(source.fft_n);
+    job_.out_row = odd_lines(job_.frame_n);
+    job_.work = workspace_.take(work_n(job_.plan));
+    job_.out = workspace_.take(out_n(form));
     // Below it neither the sums of a transform nor their squares reach the largest float.
     limit_ = 1e18F / (static_cast<float>(source.fft_n) * std::max(job_.scale, 1.0F));
 }
 
-std::size_t FrameSpectra::row_length() const {
-    constexpr std::size_t line = 16;
-    return (columns_ + line - 1) / line * line;
+std::size_t FrameSpectra::transposed_n() const {
+    return rows_ * odd_lines(columns_);
+}
+
+std::size_t FrameSpectra::work_n(const FftPlanView& plan) const {
+    return kernels_.lane_n * (2 * plan.n + work_scratch_n(plan));
+}
+
+std::size_t FrameSpectra::out_n(Form form) const {
+    const std::size_t freq_n = static_cast<std::size_t>(source_.fft_n) / 2 + 1;
+    return (form == Form::squares ? 1 : 2) * freq_n * odd_lines(block_frames(source_.fft_n));
 }
 
 bool FrameSpectra::load(std::int64_t t) {
@@ -86,7 +101,7 @@ bool FrameSpectra::load(std::int64_t t) {
         hop = rows_;
     }
     const std::uint32_t largest =
-        kernels_.transpose(transposed_.data(), row_length(), from, hop, rows_, columns_);
+        kernels_.transpose(transposed_, odd_lines(columns_), from, hop, rows_, columns_);
     float magnitude = 0.0F;
     std::memcpy(&magnitude, &largest, sizeof magnitude);
     return magnitude < limit_;
@@ -102,7 +117,7 @@ void FrameSpectra::extend(std::int64_t t, std::int64_t first) {
     }
     // Frames with gaps in between: each by itself.
     std::vector<float> frame(rows_);
-    for (std::size_t i = 0; i < block_n_; ++i) {
+    for (std::size_t i = 0; i < job_.frame_n; ++i) {
         extract_frame(frame, source_.src, source_.sample_n, t + static_cast<std::int64_t>(i),
                       source_.hop_n, source_.center);
         std::copy(frame.begin(), frame.end(),
@@ -111,18 +126,18 @@ void FrameSpectra::extend(std::int64_t t, std::int64_t first) {
 }
 
 float* FrameSpectra::squares() {
-    kernels_.squares(out_.data(), job_, block_n_);
-    return out_.data();
+    kernels_.squares(job_);
+    return job_.out;
 }
 
 const float* FrameSpectra::spectra() {
-    kernels_.spectra(out_.data(), job_, block_n_);
-    return out_.data();
+    kernels_.spectra(job_);
+    return job_.out;
 }
 
 const float* FrameSpectra::exact_spectra() {
-    kernels_.exact_spectra(out_.data(), job_, block_n_);
-    return out_.data();
+    kernels_.exact_spectra(job_);
+    return job_.out;
 }
 
 }  // namespace sorvo::audio

@@ -1,4 +1,7 @@
 // Moving data between memory order and lanes.
+#pragma once
+
+#include "fft/lanes.inl"
 
 namespace sorvo::audio {
 namespace {
@@ -41,6 +44,13 @@ SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
     store(dst + lane_n, _mm512_permutex2var_ps(re, high, im));
 }
 
+SORVO_INLINE void store_with_zeros(float* dst, const float* src) {
+    for (std::size_t half = 0; half < lane_n; half += 8) {
+        const __m256i values = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src + half));
+        _mm512_storeu_si512(dst + 2 * half, _mm512_cvtepu32_epi64(values));
+    }
+}
+
 SORVO_INLINE bool any_zero(Pack value) {
     return _mm512_cmp_ps_mask(value, Pack{}, _CMP_EQ_OQ) != 0;
 }
@@ -78,6 +88,10 @@ SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
     store(dst + lane_n, _mm256_permute2f128_ps(low, high, 0x31));
 }
 
+SORVO_INLINE void store_with_zeros(float* dst, const float* src) {
+    store_interleaved(dst, load(src), Pack{});
+}
+
 SORVO_INLINE bool any_zero(Pack value) {
     return _mm256_movemask_ps(_mm256_cmp_ps(value, Pack{}, _CMP_EQ_OQ)) != 0;
 }
@@ -110,6 +124,10 @@ SORVO_INLINE PackBits larger_magnitude(PackBits bits, Pack value) {
 SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
     store(dst, _mm_unpacklo_ps(re, im));
     store(dst + lane_n, _mm_unpackhi_ps(re, im));
+}
+
+SORVO_INLINE void store_with_zeros(float* dst, const float* src) {
+    store_interleaved(dst, load(src), Pack{});
 }
 
 SORVO_INLINE bool any_zero(Pack value) {
@@ -197,7 +215,7 @@ Zeros interleave(float* dst, const float* re, const float* im, std::size_t n) {
 void interleave_zeros(float* dst, const float* re, std::size_t n) {
     std::size_t i = 0;
     for (; i + lane_n <= n; i += lane_n) {
-        store_interleaved(dst + 2 * i, load(re + i), Pack{});
+        store_with_zeros(dst + 2 * i, re + i);
     }
     for (; i < n; ++i) {
         dst[2 * i] = re[i];

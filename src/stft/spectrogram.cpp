@@ -47,11 +47,22 @@ void compute_frames(const Spectrogram& out, const FrameSource& source,
     }
 }
 
+/// Rows are far apart, so that no hardware prefetcher foresees the next: asks for one further on.
+void prefetch_row(const Spectrogram& out, std::size_t k, std::size_t freq_n, std::size_t t,
+                  std::size_t frame_n) {
+    constexpr std::size_t ahead = 12;
+    constexpr std::size_t line = 16;
+    for (std::size_t i = 0; k + ahead < freq_n && i < 2 * frame_n + line; i += line) {
+        __builtin_prefetch(out.row(k + ahead, t) + i, 1);
+    }
+}
+
 void write_powers(const Spectrogram& out, FrameSpectra& spectra, const FrameKernels& kernels,
                   std::size_t freq_n, std::size_t t, std::size_t frame_n) {
     float* const values = spectra.squares();
     for (std::size_t k = 0; k < freq_n; ++k) {
-        float* const row = values + k * spectra.block_n();
+        float* const row = values + k * spectra.row_n();
+        prefetch_row(out, k, freq_n, t, frame_n);
         raise_to_power(row, row, frame_n, out.power * 0.5F, kernels.level);
         kernels.interleave_zeros(out.row(k, t), row, frame_n);
     }
@@ -59,13 +70,14 @@ void write_powers(const Spectrogram& out, FrameSpectra& spectra, const FrameKern
 
 /// True if there is a zero whose sign the kernel might have missed: any but the imaginary parts of
 /// the bins 0 and fft_n / 2, which are +0 for any signal.
-bool write_complex(const Spectrogram& out, const float* values, std::size_t block_n,
+bool write_complex(const Spectrogram& out, const float* values, std::size_t row_n,
                    const FrameKernels& kernels, std::size_t freq_n, std::size_t t,
                    std::size_t frame_n) {
     bool doubtful = false;
     for (std::size_t k = 0; k < freq_n; ++k) {
-        const float* const re = values + 2 * k * block_n;
-        const Zeros zeros = kernels.interleave(out.row(k, t), re, re + block_n, frame_n);
+        const float* const re = values + 2 * k * row_n;
+        prefetch_row(out, k, freq_n, t, frame_n);
+        const Zeros zeros = kernels.interleave(out.row(k, t), re, re + row_n, frame_n);
         doubtful = doubtful || zeros.re || (zeros.im && k != 0 && k + 1 != freq_n);
     }
     return doubtful;
@@ -87,7 +99,9 @@ void spectrogram(float* dst, const FrameSource& source, int win_n, int win_type,
         return;
     }
     const FftPlan& plan = FftTable::instance().ref_plan(source.fft_n);
-    FrameSpectra spectra(source, plan, window, norm_type, *kernels);
+    const auto form =
+        power > 0.0F ? FrameSpectra::Form::squares : FrameSpectra::Form::complex_values;
+    FrameSpectra spectra(source, plan, window, norm_type, form, *kernels);
     const std::size_t freq_n = static_cast<std::size_t>(source.fft_n) / 2 + 1;
     for (std::size_t t = 0; t < frame_n; t += spectra.block_n()) {
         const std::size_t n = std::min(spectra.block_n(), frame_n - t);
@@ -95,10 +109,9 @@ void spectrogram(float* dst, const FrameSource& source, int win_n, int win_type,
             compute_frames(out, source, fft_table, t, t + n);
         } else if (power > 0.0F) {
             write_powers(out, spectra, *kernels, freq_n, t, n);
-        } else if (write_complex(out, spectra.spectra(), spectra.block_n(), *kernels, freq_n, t,
-                                 n) &&
+        } else if (write_complex(out, spectra.spectra(), spectra.row_n(), *kernels, freq_n, t, n) &&
                    is_pow2(source.fft_n)) {
-            write_complex(out, spectra.exact_spectra(), spectra.block_n(), *kernels, freq_n, t, n);
+            write_complex(out, spectra.exact_spectra(), spectra.row_n(), *kernels, freq_n, t, n);
         }
     }
 }
