@@ -2,7 +2,7 @@
 // level of the processor. Takes about a minute. Build and run from the repository's root:
 //
 //   g++ -std=c++17 -O3 -ffp-contract=off -fno-math-errno -fno-trapping-math -fno-builtin-powf -Isrc
-//       bench/power_check.cpp src/elementwise/power.cpp src/util/cpu.cpp -o power_check
+//       bench/power_check.cpp build/release/src/libsorvo_audio.a -o power_check
 //   ./power_check
 //
 // (the g++ call on one line). Without -fno-builtin-powf compilers turn powf(x, 0.5F) into sqrtf(x).

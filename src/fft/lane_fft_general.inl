@@ -8,7 +8,7 @@
 #pragma once
 
 #include "fft/fft_plan.h"
-#include "fft/lanes.inl"
+#include "util/lanes.inl"
 
 namespace sorvo::audio {
 namespace {

@@ -1,5 +1,5 @@
 // The kernels of mel_kernels.h for the level of the including translation unit.
-#include "fft/lanes.inl"
+#include "util/lanes.inl"
 
 namespace sorvo::audio {
 namespace {

@@ -1,7 +1,7 @@
 // Moving data between memory order and lanes.
 #pragma once
 
-#include "fft/lanes.inl"
+#include "util/lanes.inl"
 
 namespace sorvo::audio {
 namespace {

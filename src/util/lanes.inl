@@ -7,6 +7,7 @@
 #include <immintrin.h>
 
 #include <cstddef>
+#include <cstdint>
 
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"  // g++ 12 means its own AVX-512 header
