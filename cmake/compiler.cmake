@@ -29,6 +29,7 @@ if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
         -fstack-protector-strong
         "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
 endif()
+
 # Kernels are compiled once per processor level (src/util/cpu.h): <name>_baseline.cpp, <name>_avx2.cpp
 # and <name>_avx512.cpp include one source, and the last two get the instructions of their level.
 function(sorvo_add_kernels name)
