@@ -392,9 +392,9 @@ SORVO_AUDIO_API int sorvoAudioFilterFilter(float* dst, const float* src, const f
  *   src_n             > 0
  *
  * With dst_sample_rate / src_sample_rate = up / down in lowest terms, output i lies at input time
- * i * down / up, and 0.5 / up of an input sample earlier where `up` is even. Outputs later than half an
- * input sample before the last one are not computed: they are zero. Append two zeros to the source to get
- * them all.
+ * i * down / up, and 0.5 / up of an input sample earlier where `up` is even. Outputs later than
+ * half an input sample before the last one are not computed: they are zero. Append two zeros to the
+ * source to get them all.
  *
  * The filters of a ratio take 520 * up bytes and are kept: with coprime rates `up` is the target
  * rate.

@@ -159,9 +159,9 @@ std::string take_option(int& argc, char** argv, const std::string& name,
 
 /// Google Benchmark's options, the defaults of this program before those of the caller.
 bool initialise_benchmark(int argc, char** argv) {
-    std::vector<std::string> defaults = {
-        "--benchmark_enable_random_interleaving=true", "--benchmark_report_aggregates_only=true",
-        "--benchmark_repetitions=15", "--benchmark_min_time=0.03"};
+    std::vector<std::string> defaults = {"--benchmark_enable_random_interleaving=true",
+                                         "--benchmark_report_aggregates_only=true",
+                                         "--benchmark_repetitions=15", "--benchmark_min_time=0.03"};
     std::vector<char*> arguments = {argv[0]};
     for (std::string& option : defaults) arguments.push_back(option.data());
     arguments.insert(arguments.end(), argv + 1, argv + argc);

@@ -5,8 +5,8 @@
 
 namespace sorvo::audio {
 
-/// Truncates towards zero. What does not fit (NaN and infinities included) is the smallest int, which
-/// is what the conversion instruction of x86-64 yields and what C++ leaves undefined.
+/// Truncates towards zero. What does not fit (NaN and infinities included) is the smallest int,
+/// which is what the conversion instruction of x86-64 yields and what C++ leaves undefined.
 inline int truncate_to_int(float value) {
     constexpr float limit = 2147483648.0F;
     return value >= -limit && value < limit ? static_cast<int>(value)
