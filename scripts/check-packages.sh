@@ -6,11 +6,12 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 # shellcheck disable=SC2086,SC2154
 scripts/install-packages.sh $build_packages dpkg-dev fakeroot python3 python3-numpy
+cmake --preset release -DSORVO_AUDIO_BUILD_TOOLS=ON >/dev/null
+cmake --build --preset release
 build=$PWD/build/packages
-rm -rf "$build/debs" "$build/root"
-cmake --preset release -B "$build" -DSORVO_AUDIO_BUILD_TESTS=OFF >/dev/null
-cmake --build "$build" >/dev/null
-(cd "$build" && cpack -G DEB -B "$build/debs" >/dev/null)
+rm -rf "$build"
+mkdir -p "$build"
+(cd build/release && cpack -G DEB -B "$build/debs" >/dev/null)
 
 for package in "$build"/debs/*.deb; do
     dpkg-deb --field "$package" Package Version Depends

@@ -7,11 +7,11 @@ scripts/install-packages.sh clang clang-format clang-tidy shellcheck
 # shellcheck disable=SC2046
 clang-format --dry-run --Werror $(git ls-files '*.c' '*.h' '*.cpp')
 # shellcheck disable=SC2046
-shellcheck $(git ls-files '*.sh' .ci/run)
+shellcheck -x $(git ls-files '*.sh' .ci/run)
 
-cmake --preset clang >/dev/null
+cmake --preset clang -DSORVO_AUDIO_BUILD_TOOLS=OFF >/dev/null
 cmake --build --preset clang
-ctest --preset clang -E 'robustness|install|peers|tools|python'
+ctest --preset clang -E 'robustness|install|docs|python'
 run-clang-tidy -quiet -p build/clang "$PWD/src/.*" >build/clang/tidy.log 2>&1 || {
     grep -E 'warning:|error:' build/clang/tidy.log >&2
     exit 1
