@@ -6,13 +6,15 @@ cd "$(dirname "$0")/.."
 # shellcheck disable=SC2086
 scripts/install-packages.sh $build_packages
 
-build=build/release
-log=build/demo-build.log
-mkdir -p build
-echo "Building sorvo-audio (output in $log) ..."
-# Only the tool: a build directory that the tests share keeps what it has.
-{ cmake --preset release -DSORVO_AUDIO_BUILD_TESTS=OFF && cmake --build --preset release --target sorvo-audio; } >"$log" 2>&1 || {
-    tail -n 40 "$log" >&2
+# A build of its own, without the tests and what they need.
+build=build/demo
+mkdir -p $build
+echo "Building sorvo-audio (output in $build/build.log) ..."
+{
+    cmake --preset release -B $build -DSORVO_AUDIO_BUILD_TESTS=OFF
+    cmake --build $build --target sorvo-audio
+} >$build/build.log 2>&1 || {
+    tail -n 40 $build/build.log >&2
     exit 1
 }
 
