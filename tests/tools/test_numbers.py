@@ -123,6 +123,13 @@ class Sounds(ToolTest):
                 self.assertAlmostEqual(np.hypot(*fit), level, delta=2e-4 * level)
                 self.assertLess(np.abs(rest).max(), 1e-4 * level + 1 / 32768)
 
+    def test_the_end_of_a_resampled_sound_is_not_cut(self):
+        write_wav("level.wav", np.full(1000, 0.5), 8000)
+        for rate in (4000, 7000, 11025, 16000, 24000, 44100):
+            got = self.make("resample", "level.wav", "x.npy", "--sample-rate", rate)
+            self.assertEqual(len(got), -(-rate // 8))
+            self.assertGreater(abs(got[-1]), 0.01, rate)  # exactly 0 where it was not computed
+
     def test_filters_are_those_of_scipy(self):
         y = np.stack([read_wav("speech.wav")[1], read_wav("speech.wav")[1][::-1]], axis=1)
         write_wav("stereo.wav", y)
