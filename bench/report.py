@@ -60,6 +60,7 @@ def load(path):
             times["ns"] = round(entry["cpu_time"], 1)
         elif entry["aggregate_name"] == "cv":
             times["cv"] = round(entry["cpu_time"], 3)
+    rows = {row: dict(sorted(times.items())) for row, times in rows.items()}
     kept = ("date", "processor", "level", "compiler", "peers", "python")
     context = {key: data["context"][key] for key in kept if key in data["context"]}
     return {"context": context, "rows": rows, "memory": []}
