@@ -21,9 +21,13 @@ std::string size_name(const FrameParam& param) {
     return std::to_string(param.fft_n) + "-" + std::to_string(param.hop_n);
 }
 
-int count_frames(int sample_n, const FrameParam& param, int center = reflect) {
+int center_of(const FrameParam& param) {
+    return param.centred ? reflect : SORVO_AUDIO_CENTER_NONE;
+}
+
+int count_frames(int sample_n, const FrameParam& param) {
     int frame_n = 0;
-    sorvoAudioGetFrameLen(&frame_n, sample_n, param.fft_n, param.hop_n, center);
+    sorvoAudioGetFrameLen(&frame_n, sample_n, param.fft_n, param.hop_n, center_of(param));
     return frame_n;
 }
 
@@ -33,8 +37,8 @@ std::size_t output_size(const FrameParam& param, int frame_n) {
 }
 
 /// Spectrogram or mel spectrogram by the library.
-void analyse(float* dst, const float* src, int sample_n, int frame_n, const FrameParam& param,
-             int center = reflect) {
+void analyse(float* dst, const float* src, int sample_n, int frame_n, const FrameParam& param) {
+    const int center = center_of(param);
     if (param.mel_n > 0) {
         sorvoAudioGetMelSpectrogram(dst, src, sample_n, param.sample_rate, param.fft_n, param.hop_n,
                                     param.fft_n, hann, frame_n, center, param.power,
@@ -113,32 +117,31 @@ Row inverse_row(const FrameParam& param) {
 }
 
 /// One frame of 25 ms in one call.
-Row single_frame_row(const FrameParam& param) {
+Row single_frame_row(FrameParam param) {
+    param.centred = false;
     const auto src =
         std::make_shared<const std::vector<float>>(make_signal(param.sample_rate, 0.025));
     const int sample_n = static_cast<int>(src->size());
     const auto plain = param.mel_n > 0 ? plain_mel : plain_spectrogram;
-    Row row{output_size(param, 1), 0.0, {}};
-    row.variants.push_back({"ours", [=](float* dst) {
-                                analyse(dst, src->data(), sample_n, 1, param,
-                                        SORVO_AUDIO_CENTER_NONE);
-                            }});
+    Row row{output_size(param, 1), 2e-6, {}};
+    row.variants.push_back(
+        {"ours", [=](float* dst) { analyse(dst, src->data(), sample_n, 1, param); }});
     row.variants.push_back(
         {"plain", [=](float* dst) { plain(dst, src->data(), sample_n, 1, param); }});
     return row;
 }
 
 constexpr FrameParam spectrogram_params[] = {
-    {16000, 400, 160, 0.0F, 0},
-    {16000, 512, 160, 0.0F, 0},
-    {22050, 1024, 256, 0.0F, 0},
-    {22050, 2048, 512, 0.0F, 0},
+    {16000, 400, 160, 0.0F, 0, true},
+    {16000, 512, 160, 0.0F, 0, true},
+    {22050, 1024, 256, 0.0F, 0, true},
+    {22050, 2048, 512, 0.0F, 0, true},
 };
 
 constexpr FrameParam mel_params[] = {
-    {16000, 400, 160, 2.0F, 80},
-    {22050, 1024, 256, 1.0F, 80},
-    {22050, 2048, 512, 2.0F, 128},
+    {16000, 400, 160, 2.0F, 80, true},
+    {22050, 1024, 256, 1.0F, 80, true},
+    {22050, 2048, 512, 2.0F, 128, true},
 };
 
 }  // namespace

@@ -24,14 +24,16 @@ constexpr int hann = 1;
 
 /// Calls emit(t, spectrum) for every frame.
 template <class Emit>
-void for_each_spectrum(const float* src, int sample_n, int frame_n, int fft_n, int hop_n,
+void for_each_spectrum(const float* src, int sample_n, int frame_n, const FrameParam& param,
                        Emit emit) {
+    const int fft_n = param.fft_n;
+    const int pad_n = param.centred ? fft_n / 2 : 0;
     const auto& table = FftTable::instance().ref_table(fft_n);
     const auto& window = WindowTable::instance().ref_table(fft_n, hann);
     std::vector<float> frame(static_cast<std::size_t>(fft_n));
     std::vector<float> spectrum(2 * frame.size());
     for (int t = 0; t < frame_n; ++t) {
-        extract_segment_sample_center_reflect(frame, src, sample_n, t * hop_n, fft_n / 2);
+        extract_segment_sample_center_reflect(frame, src, sample_n, t * param.hop_n, pad_n);
         stft_core(spectrum, frame, fft_n, table, window, 0);
         emit(static_cast<std::size_t>(t), spectrum);
     }
@@ -74,7 +76,7 @@ void plain_spectrogram(float* dst, const float* src, int sample_n, int frame_n,
                        const FrameParam& param) {
     const auto freq_n = static_cast<std::size_t>(param.fft_n) / 2 + 1;
     const std::size_t row = 2 * static_cast<std::size_t>(frame_n);
-    for_each_spectrum(src, sample_n, frame_n, param.fft_n, param.hop_n,
+    for_each_spectrum(src, sample_n, frame_n, param,
                       [&](std::size_t t, const std::vector<float>& x) {
                           for (std::size_t k = 0; k < freq_n; ++k) {
                               float* const out = dst + k * row + 2 * t;
@@ -98,17 +100,17 @@ void plain_mel(float* dst, const float* src, int sample_n, int frame_n, const Fr
                                        param.mel_n, param.sample_rate, 1, false);
     std::vector<float> power(static_cast<std::size_t>(freq_n));
     std::vector<float> mel(static_cast<std::size_t>(param.mel_n));
-    for_each_spectrum(src, sample_n, frame_n, param.fft_n, param.hop_n,
-                      [&](std::size_t t, const std::vector<float>& x) {
-                          for (std::size_t k = 0; k < power.size(); ++k) {
-                              power[k] = ::powf(x[2 * k + 1] * x[2 * k + 1] + x[2 * k] * x[2 * k],
-                                                param.power * 0.5F);
-                          }
-                          convert_freq_to_mel_1d(mel, power, bank, param.mel_n);
-                          for (std::size_t m = 0; m < mel.size(); ++m) {
-                              dst[m * static_cast<std::size_t>(frame_n) + t] = mel[m];
-                          }
-                      });
+    for_each_spectrum(
+        src, sample_n, frame_n, param, [&](std::size_t t, const std::vector<float>& x) {
+            for (std::size_t k = 0; k < power.size(); ++k) {
+                power[k] =
+                    ::powf(x[2 * k + 1] * x[2 * k + 1] + x[2 * k] * x[2 * k], param.power * 0.5F);
+            }
+            convert_freq_to_mel_1d(mel, power, bank, param.mel_n);
+            for (std::size_t m = 0; m < mel.size(); ++m) {
+                dst[m * static_cast<std::size_t>(frame_n) + t] = mel[m];
+            }
+        });
 }
 
 void plain_inverse(float* dst, const float* src, int frame_n, int sample_n,

@@ -6,13 +6,14 @@
 
 namespace sorvo::bench {
 
-/// Parameters of short-time analysis; Hann window of fft_n samples, reflected ends.
+/// Parameters of short-time analysis with a Hann window of fft_n samples.
 struct FrameParam {
     int sample_rate;
     int fft_n;
     int hop_n;
     float power;
-    int mel_n;  ///< 0: spectrogram only
+    int mel_n;     ///< 0: spectrogram only
+    bool centred;  ///< with reflected ends
 };
 
 void plain_fft(float* dst, const float* src, int fft_n);
