@@ -2,6 +2,9 @@
 // residue, which makes the reordering passes unnecessary; the stages work in place (output u of a
 // column goes to the slot of input u), depth first.
 //
+// The input is real (a Pack for each element) for bins 0 ... n / 2, or complex for all n of them:
+// what a sink does not use of its values costs nothing.
+//
 // Every sum starts from +0 and so never becomes -0. Therefore the products with a zero imaginary
 // part, with the root (1, -0) and the addition to the first 0 change nothing and are left out; data
 // must be finite.
@@ -38,7 +41,7 @@ SORVO_INLINE void load_column(Complex* y, const Pack* x, std::size_t sub_n, std:
     }
 }
 
-/// Column 0 of the innermost stage: the first outputs of transforms of real data are real.
+/// Column 0 of that stage: the first outputs of transforms of real data are real.
 template <std::size_t factor>
 SORVO_INLINE void join_real_column(Pack* x, std::size_t sub_n, const float* w) {
     Pack y[factor];
@@ -55,13 +58,13 @@ SORVO_INLINE void join_real_column(Pack* x, std::size_t sub_n, const float* w) {
     }
 }
 
-/// A stage in place; `innermost` is the one that joins the direct transforms.
+/// A stage in place; with `real_column` it is the innermost one of real data.
 template <std::size_t factor>
-[[gnu::noinline]] void join(Pack* x, const FftStage& stage, bool innermost) {
+[[gnu::noinline]] void join(Pack* x, const FftStage& stage, bool real_column) {
     const std::size_t sub_n = stage.sub_n;
     const float* w = stage.twiddles;
     std::size_t k = 0;
-    if (innermost) {
+    if (real_column) {
         join_real_column<factor>(x, sub_n, w);
         w += 2 * factor * (factor - 1);
         k = 1;
@@ -74,16 +77,22 @@ template <std::size_t factor>
     }
 }
 
-/// The outermost stage: only the bins up to n / 2, each to the sink.
+/// How many bins of a transform of length n a sink wants.
+template <class Sink>
+SORVO_INLINE std::size_t wanted_bins(std::size_t n) {
+    return Sink::all_bins ? n : n / 2 + 1;
+}
+
+/// The outermost stage: the bins that the sink wants.
 template <std::size_t factor, class Sink>
 [[gnu::noinline]] void deliver(const Pack* x, const FftStage& stage, const Sink& sink) {
     const std::size_t sub_n = stage.sub_n;
-    const std::size_t last = factor * sub_n / 2;
+    const std::size_t bin_n = wanted_bins<Sink>(factor * sub_n);
     const float* w = stage.twiddles;
     for (std::size_t k = 0; k < sub_n; ++k, w += 2 * factor * (factor - 1)) {
         Complex y[factor];
         load_column<factor>(y, x, sub_n, k);
-        const std::size_t output_n = k <= last ? (last - k) / sub_n + 1 : 0;
+        const std::size_t output_n = k < bin_n ? (bin_n - 1 - k) / sub_n + 1 : 0;
         sum_column<factor>(y, w, output_n,
                            [&](std::size_t u, Complex sum) { sink(k + u * sub_n, sum); });
     }
@@ -123,25 +132,28 @@ template <class Sink>
         const Complex a = plus_product(y[0], w, y[1]);
         const Complex b = plus_product(y[2], w, y[3]);
         sink(k, plus_product(a, w + 4, b));
-        if (k == 0) {
-            sink(2 * sub_n, plus_product(a, w + 6, b));
+        if (Sink::all_bins || k == 0) {
+            sink(k + 2 * sub_n, plus_product(a, w + 6, b));
         }
         const Complex c = plus_product(y[0], w + 2, y[1]);
         const Complex d = plus_product(y[2], w + 2, y[3]);
         sink(k + sub_n, plus_product(c, w + 8, d));
+        if (Sink::all_bins) {
+            sink(k + 3 * sub_n, plus_product(c, w + 10, d));
+        }
     }
 }
 
 /// A stage of any factor; its roots are looked up, the column goes to `scratch` first.
 template <class Put>
 SORVO_INLINE void sum_any_column(const Pack* x, const FftStage& stage, const float* roots,
-                                 std::size_t k, std::size_t last, Pack* scratch, Put put) {
+                                 std::size_t k, std::size_t bin_n, Pack* scratch, Put put) {
     const std::size_t sub_n = stage.sub_n;
     const std::size_t length = stage.factor * sub_n;
     for (std::size_t s = 0; s < stage.factor; ++s) {
         store(scratch, s, load(x, k + s * sub_n));
     }
-    for (std::size_t output = k; output <= last; output += sub_n) {
+    for (std::size_t output = k; output < bin_n; output += sub_n) {
         Complex sum = load(scratch, 0);
         std::size_t turn = 0;  // s output mod length
         for (std::size_t s = 1; s < stage.factor; ++s) {
@@ -154,9 +166,9 @@ SORVO_INLINE void sum_any_column(const Pack* x, const FftStage& stage, const flo
 }
 
 [[gnu::noinline]] void join_any(Pack* x, const FftStage& stage, const float* roots, Pack* scratch) {
-    const std::size_t last = stage.factor * stage.sub_n - 1;
+    const std::size_t bin_n = stage.factor * stage.sub_n;
     for (std::size_t k = 0; k < stage.sub_n; ++k) {
-        sum_any_column(x, stage, roots, k, last, scratch,
+        sum_any_column(x, stage, roots, k, bin_n, scratch,
                        [=](std::size_t output, Complex sum) { store(x, output, sum); });
     }
 }
@@ -164,61 +176,97 @@ SORVO_INLINE void sum_any_column(const Pack* x, const FftStage& stage, const flo
 template <class Sink>
 [[gnu::noinline]] void deliver_any(const Pack* x, const FftStage& stage, const float* roots,
                                    Pack* scratch, const Sink& sink) {
-    const std::size_t last = stage.factor * stage.sub_n / 2;
+    const std::size_t bin_n = wanted_bins<Sink>(stage.factor * stage.sub_n);
     for (std::size_t k = 0; k < stage.sub_n; ++k) {
-        sum_any_column(x, stage, roots, k, last, scratch, sink);
+        sum_any_column(x, stage, roots, k, bin_n, scratch, sink);
     }
 }
 
-/// The direct transform of the n real elements input(0 ... n - 1); w[j] are the roots of 1.
+SORVO_INLINE Pack at_least_zero(Pack x) {
+    return x + Pack{};  // -0 becomes +0, as in a sum
+}
+
+SORVO_INLINE Complex first_term(Pack x) {
+    return {at_least_zero(x), Pack{}};
+}
+
+SORVO_INLINE Complex first_term(Complex x) {
+    return {at_least_zero(x.re), at_least_zero(x.im)};
+}
+
+SORVO_INLINE void add_product(Complex& sum, Complex w, Pack x) {
+    sum.re += w.re * x;
+    sum.im += w.im * x;
+}
+
+SORVO_INLINE void add_product(Complex& sum, Complex w, Complex x) {
+    sum.re += w.re * x.re - w.im * x.im;
+    sum.im += w.im * x.re + w.re * x.im;
+}
+
+SORVO_INLINE void add(Complex& sum, Pack x) {
+    sum.re += x;
+}
+
+SORVO_INLINE void add(Complex& sum, Complex x) {
+    sum = sum + x;
+}
+
+/// The direct transform of the elements input(0 ... n - 1); w[j] are the roots of 1.
 template <std::size_t n, class Input, class Put>
-SORVO_INLINE void real_base(const Complex* w, Input input, Put put) {
-    Pack x[n];
-    x[0] = input(0) + Pack{};  // -0 becomes +0, as in a sum
-    Pack sum = x[0];
+SORVO_INLINE void base(const Complex* w, Input input, Put put) {
+    decltype(input(0)) x[n];
+    x[0] = input(0);
+    const Complex first = first_term(x[0]);
+    Complex sum = first;
     for (std::size_t j = 1; j < n; ++j) {
         x[j] = input(j);
-        sum += x[j];
+        add(sum, x[j]);
     }
-    put(0, Complex{sum, Pack{}});
+    put(0, sum);
     for (std::size_t k = 1; k < n; ++k) {
-        Complex out = {x[0], Pack{}};
+        sum = first;
         for (std::size_t j = 1; j < n; ++j) {
-            out.re += w[j * k % n].re * x[j];
-            out.im += w[j * k % n].im * x[j];
+            add_product(sum, w[j * k % n], x[j]);
         }
-        put(k, out);
+        put(k, sum);
     }
 }
 
-/// The same for any n, the outputs 0 ... last alone, four at a time; `x` holds the n elements.
-template <class Put>
-SORVO_INLINE void real_base_any(const Pack* x, std::size_t n, const float* roots,
-                                std::size_t blocks, std::size_t last, Put put) {
+/// The same for any n, the first bin_n outputs alone, four at a time.
+template <class Value, class Put>
+SORVO_INLINE void base_any(const Value* x, std::size_t n, const float* roots, std::size_t blocks,
+                           std::size_t bin_n, Put put) {
     constexpr std::size_t group = 4;
-    for (std::size_t first = 0; first <= last; first += group) {
+    for (std::size_t first = 0; first < bin_n; first += group) {
         Complex sums[group];
         std::size_t steps[group];  // the outputs k of the group; 0 where there is none
         std::size_t turns[group];  // j k mod n
         for (std::size_t i = 0; i < group; ++i) {
-            sums[i] = {x[0] + Pack{}, Pack{}};
+            sums[i] = first_term(x[0]);
             steps[i] = first + i < n ? first + i : 0;
             turns[i] = 0;
         }
         for (std::size_t j = 1; j < n; ++j) {
-            const Pack value = x[j];
             for (std::size_t i = 0; i < group; ++i) {
                 turns[i] += steps[i];
                 turns[i] -= turns[i] >= n ? n : 0;
                 const float* const w = roots + 2 * turns[i] * blocks;
-                sums[i].re += w[0] * value;
-                sums[i].im += w[1] * value;
+                add_product(sums[i], Complex{broadcast(w[0]), broadcast(w[1])}, x[j]);
             }
         }
-        for (std::size_t i = 0; i < group && first + i <= last; ++i) {
+        for (std::size_t i = 0; i < group && first + i < bin_n; ++i) {
             put(first + i, sums[i]);
         }
     }
+}
+
+SORVO_INLINE constexpr bool is_real(const Pack*) {
+    return true;
+}
+
+SORVO_INLINE constexpr bool is_real(const Complex*) {
+    return false;
 }
 
 template <class Input>
@@ -227,12 +275,12 @@ class GeneralTransform {
     GeneralTransform(const FftPlanView& plan, Pack* scratch, Input input)
         : plan_(plan), scratch_(scratch), input_(input) {}
 
-    /// Bins 0 ... n / 2 to the sink; `x` is room for the n elements.
+    /// The bins that the sink wants; `x` is room for the n elements.
     template <class Sink>
     void run(Pack* x, const Sink& sink) const {
         if (plan_.stage_n == 0) {
             load_base(0, 1);
-            real_base_any(scratch_, plan_.n, plan_.roots, 1, plan_.n / 2, sink);
+            base_any(base_values(), plan_.n, plan_.roots, 1, wanted_bins<Sink>(plan_.n), sink);
             return;
         }
         const FftStage& stage = plan_.stages[0];
@@ -259,6 +307,8 @@ class GeneralTransform {
     }
 
   private:
+    using Value = typename Input::Value;  // Pack or Complex
+
     /// The transforms that stage `level` joins, of the elements first, first + stride, ...
     void sub_transforms(Pack* x, std::size_t level, std::size_t first, std::size_t stride) const {
         const FftStage& stage = plan_.stages[level];
@@ -275,22 +325,22 @@ class GeneralTransform {
     void sub_transform(Pack* x, std::size_t level, std::size_t first, std::size_t stride) const {
         const FftStage& stage = plan_.stages[level];
         sub_transforms(x, level, first, stride);
-        const bool innermost = level + 1 == plan_.stage_n;
+        const bool real = is_real(static_cast<Value*>(nullptr)) && level + 1 == plan_.stage_n;
         switch (stage.factor) {
             case 2:
-                join<2>(x, stage, innermost);
+                join<2>(x, stage, real);
                 break;
             case 3:
-                join<3>(x, stage, innermost);
+                join<3>(x, stage, real);
                 break;
             case fused_twos:
                 join_fused_twos(x, stage);
                 break;
             case 5:
-                join<5>(x, stage, innermost);
+                join<5>(x, stage, real);
                 break;
             case 7:
-                join<7>(x, stage, innermost);
+                join<7>(x, stage, real);
                 break;
             default:
                 join_any(x, stage, plan_.roots, scratch_);
@@ -331,7 +381,7 @@ class GeneralTransform {
         for (std::size_t r = 0; r < count; ++r) {
             const std::size_t from = first + residue(stage, r) * stride;
             Pack* const to = x + 2 * r * n;
-            real_base<n>(
+            base<n>(
                 w, [&](std::size_t j) { return input_(from + j * step); },
                 [=](std::size_t k, Complex value) { store(to, k, value); });
         }
@@ -344,16 +394,18 @@ class GeneralTransform {
         for (std::size_t r = 0; r < count; ++r) {
             Pack* const to = x + 2 * r * n;
             load_base(first + residue(stage, r) * stride, stage.factor * stride);
-            real_base_any(scratch_, n, plan_.roots, plan_.n / n, n - 1,
-                          [=](std::size_t k, Complex value) { store(to, k, value); });
+            base_any(base_values(), n, plan_.roots, plan_.n / n, n,
+                     [=](std::size_t k, Complex value) { store(to, k, value); });
         }
     }
 
     void load_base(std::size_t first, std::size_t step) const {
         for (std::size_t j = 0; j < plan_.base_n; ++j) {
-            scratch_[j] = input_(first + j * step);
+            base_values()[j] = input_(first + j * step);
         }
     }
+
+    Value* base_values() const { return reinterpret_cast<Value*>(scratch_); }
 
     const FftPlanView& plan_;
     Pack* scratch_;

@@ -69,30 +69,33 @@ SORVO_INLINE void real_radix4_stage(Pack* x, std::size_t quarter, const float* t
 
 /// The last four elements of a transform whose log2 is even. Elements 0 and 2 are bins below n / 2;
 /// element 1 of the very first leaf is bin n / 2.
-template <bool exact_zeros, bool first, class Sink>
+template <bool inverse, bool exact_zeros, bool first, class Sink>
 SORVO_INLINE void leaf4(const Pack* x, const float* twiddles, std::size_t n, std::size_t bin,
-                        Sink sink) {
+                        const Sink& sink) {
     const Complex a = load(x, 0);
     const Complex b = load(x, 1);
     const Complex c = load(x, 2);
     const Complex d = load(x, 3);
     const Complex ac = a + c;
     const Complex bd = b + d;
-    const Complex t1 = turn_back<false>(a - c, b - d);
+    const Complex t1 = turn_back<inverse>(a - c, b - d);
     sink(bin, ac + bd);
     sink(bin + n / 4, exact_zeros ? multiply(t1, twiddles) : t1);
-    if (first) {
-        sink(n / 2, exact_zeros ? multiply(ac - bd, twiddles + 2) : ac - bd);
+    if (first || Sink::all_bins) {
+        sink(bin + n / 2, exact_zeros ? multiply(ac - bd, twiddles + 2) : ac - bd);
+    }
+    if (Sink::all_bins) {
+        const Complex t3 = turn_back<!inverse>(a - c, b - d);
+        sink(bin + n / 2 + n / 4, exact_zeros ? multiply(t3, twiddles + 4) : t3);
     }
 }
 
 /// The last eight elements where log2(n) is odd: a radix-4 stage of two columns and the radix-2
 /// pass, of whose results only the sums (and the first difference) are bins up to n / 2.
-template <bool exact_zeros, bool first, class Sink>
+template <bool inverse, bool exact_zeros, bool first, class Sink>
 SORVO_INLINE void leaf8(const Pack* x, const float* twiddles, std::size_t n, std::size_t bin,
-                        Sink sink) {
-    Complex even[4];
-    Complex odd[4];
+                        const Sink& sink) {
+    Complex columns[2][4];
     for (std::size_t column = 0; column < 2; ++column) {
         const Complex a = load(x, column);
         const Complex b = load(x, column + 2);
@@ -100,59 +103,67 @@ SORVO_INLINE void leaf8(const Pack* x, const float* twiddles, std::size_t n, std
         const Complex d = load(x, column + 6);
         const Complex ac = a + c;
         const Complex bd = b + d;
-        const Complex t1 = turn_back<false>(a - c, b - d);
-        const Complex t3 = turn_back<true>(a - c, b - d);
+        const Complex t1 = turn_back<inverse>(a - c, b - d);
+        const Complex t3 = turn_back<!inverse>(a - c, b - d);
         const float* const w = twiddles + 6 * column;
         const bool multiplied = exact_zeros || column == 1;
-        Complex* const y = column == 0 ? even : odd;
+        Complex* const y = columns[column];
         y[0] = ac + bd;
         y[1] = multiplied ? multiply(ac - bd, w + 2) : ac - bd;
         y[2] = multiplied ? multiply(t1, w) : t1;
         y[3] = multiplied ? multiply(t3, w + 4) : t3;
     }
-    sink(bin, even[0] + odd[0]);
-    sink(bin + n / 4, even[1] + odd[1]);
-    sink(bin + n / 8, even[2] + odd[2]);
-    sink(bin + 3 * (n / 8), even[3] + odd[3]);
-    if (first) {
-        sink(n / 2, even[0] - odd[0]);
+    const std::size_t bins[4] = {bin, bin + n / 4, bin + n / 8, bin + n / 4 + n / 8};
+    for (std::size_t j = 0; j < 4; ++j) {
+        sink(bins[j], columns[0][j] + columns[1][j]);
+        if (Sink::all_bins || (first && j == 0)) {
+            sink(bins[j] + n / 2, columns[0][j] - columns[1][j]);
+        }
     }
 }
 
-template <bool exact_zeros, bool first, class Sink>
+template <bool inverse, bool exact_zeros, bool first, class Sink>
 SORVO_INLINE void leaf(const Pack* x, std::size_t span, const float* twiddles, std::size_t n,
                        std::size_t bin, const Sink& sink) {
     if (span == 4) {
-        leaf4<exact_zeros, first>(x, twiddles, n, bin, sink);
+        leaf4<inverse, exact_zeros, first>(x, twiddles, n, bin, sink);
     } else {
-        leaf8<exact_zeros, first>(x, twiddles, n, bin, sink);
+        leaf8<inverse, exact_zeros, first>(x, twiddles, n, bin, sink);
     }
 }
 
+/// The first bins of the four blocks into which a stage splits a block that starts at `bin`.
+struct BlockBins {
+    SORVO_INLINE BlockBins(std::size_t n, std::size_t quarter, std::size_t bin)
+        : at{bin, bin + n / (2 * quarter), bin + n / (4 * quarter),
+             bin + n / (2 * quarter) + n / (4 * quarter)} {}
+
+    std::size_t at[4];
+};
+
 /// A block of `span` elements from `bin` on, down to the leaves; `first` is the block at element 0.
-template <bool exact_zeros, bool first, class Sink>
+template <bool inverse, bool exact_zeros, bool first, class Sink>
 [[gnu::noinline]] void block(Pack* x, std::size_t span, const float* twiddles, std::size_t n,
                              std::size_t bin, const Sink& sink) {
     if (span <= 8) {
-        leaf<exact_zeros, first>(x, span, twiddles, n, bin, sink);
+        leaf<inverse, exact_zeros, first>(x, span, twiddles, n, bin, sink);
         return;
     }
     const std::size_t quarter = span / 4;
-    radix4_stage<false, exact_zeros>(x, quarter, twiddles);
+    radix4_stage<inverse, exact_zeros>(x, quarter, twiddles);
     const float* const next = twiddles + 6 * quarter;
-    const std::size_t half_turn = n / (2 * quarter);
-    const std::size_t bins[4] = {bin, bin + half_turn, bin + half_turn / 2,
-                                 bin + half_turn + half_turn / 2};
+    const BlockBins bins(n, quarter, bin);
     if (quarter <= 8) {
-        leaf<exact_zeros, first>(x, quarter, next, n, bins[0], sink);
+        leaf<inverse, exact_zeros, first>(x, quarter, next, n, bins.at[0], sink);
         for (std::size_t j = 1; j < 4; ++j) {
-            leaf<exact_zeros, false>(x + 2 * j * quarter, quarter, next, n, bins[j], sink);
+            leaf<inverse, exact_zeros, false>(x + 2 * j * quarter, quarter, next, n, bins.at[j],
+                                              sink);
         }
         return;
     }
-    block<exact_zeros, first>(x, quarter, next, n, bins[0], sink);
+    block<inverse, exact_zeros, first>(x, quarter, next, n, bins.at[0], sink);
     for (std::size_t j = 1; j < 4; ++j) {
-        block<exact_zeros, false>(x + 2 * j * quarter, quarter, next, n, bins[j], sink);
+        block<inverse, exact_zeros, false>(x + 2 * j * quarter, quarter, next, n, bins.at[j], sink);
     }
 }
 
@@ -163,13 +174,12 @@ void real_transform(Pack* x, const FftPlanView& plan, Input input, const Sink& s
     const float* twiddles = plan.twiddles;
     std::size_t span = n;
     const auto other_blocks = [&](std::size_t quarter) {
-        const float* const next = twiddles + 6 * quarter;
-        const std::size_t half_turn = n / (2 * quarter);
-        block<false, false>(x + 2 * quarter, quarter, next, n, half_turn, sink);
-        block<false, false>(x + 4 * quarter, quarter, next, n, half_turn / 2, sink);
-        block<false, false>(x + 6 * quarter, quarter, next, n, half_turn + half_turn / 2, sink);
-        twiddles = next;
+        twiddles += 6 * quarter;
         span = quarter;
+        const BlockBins bins(n, quarter, 0);
+        for (std::size_t j = 1; j < 4; ++j) {
+            block<false, false, false>(x + 2 * j * quarter, quarter, twiddles, n, bins.at[j], sink);
+        }
     };
     real_radix4_stage(x, n / 4, twiddles, input);
     other_blocks(n / 4);
@@ -180,16 +190,77 @@ void real_transform(Pack* x, const FftPlanView& plan, Input input, const Sink& s
     for (std::size_t i = 0; i < span; ++i) {
         x[2 * i + 1] = Pack{};
     }
-    leaf<false, true>(x, span, twiddles, n, 0, sink);
+    leaf<false, false, true>(x, span, twiddles, n, 0, sink);
 }
 
-/// The same with every zero as fft_pow2 makes it.
+/// The same bins with every zero as fft_pow2 makes it.
 template <class Input, class Sink>
 void exact_transform(Pack* x, const FftPlanView& plan, Input input, const Sink& sink) {
     for (std::size_t i = 0; i < plan.n; ++i) {
         store(x, i, {input(i), Pack{}});
     }
-    block<true, true>(x, plan.n, plan.twiddles, plan.n, 0, sink);
+    block<false, true, true>(x, plan.n, plan.twiddles, plan.n, 0, sink);
+}
+
+SORVO_INLINE Complex conjugate(Complex a) {
+    return {a.re, -a.im};
+}
+
+/// One inverse stage on the spectrum of real data, X[span - k] = conj(X[k]), of which x holds the
+/// elements 0 ... span / 2. The columns k and quarter - k have the same sums but for conjugation
+/// and turns, which are exact. Block 0 is such a spectrum again, the others are complex.
+SORVO_INLINE void hermitian_radix4_stage(Pack* x, std::size_t quarter, const float* twiddles) {
+    const auto column = [=](std::size_t k, bool alone) {
+        const Complex a = load(x, k);
+        const Complex b = load(x, quarter + k);
+        const Complex c = k == 0 ? load(x, 2 * quarter) : conjugate(load(x, 2 * quarter - k));
+        const Complex d = conjugate(load(x, quarter - k));
+        const Complex ac = a + c;
+        const Complex bd = b + d;
+        const Complex difference = ac - bd;
+        const Complex t1 = turn_back<true>(a - c, b - d);
+        const Complex t3 = turn_back<false>(a - c, b - d);
+        const float* const w = twiddles + 6 * k;
+        store(x, k, ac + bd);
+        store(x, quarter + k, multiply(difference, w + 2));
+        store(x, 2 * quarter + k, multiply(t1, w));
+        store(x, 3 * quarter + k, multiply(t3, w + 4));
+        if (!alone) {
+            const std::size_t other = quarter - k;
+            const float* const v = twiddles + 6 * other;
+            store(x, quarter + other, multiply({-difference.re, difference.im}, v + 2));
+            store(x, 2 * quarter + other, multiply({-t1.im, -t1.re}, v));
+            store(x, 3 * quarter + other, multiply({t3.im, t3.re}, v + 4));
+        }
+    };
+    column(0, true);
+    for (std::size_t k = 1; k < quarter / 2; ++k) {
+        column(k, false);
+    }
+    column(quarter / 2, true);
+}
+
+/// The inverse transform, without the division by n, of a spectrum of real data, n >= 16; x holds
+/// its bins 0 ... n / 2 and room for n.
+template <class Sink>
+void hermitian_transform(Pack* x, const FftPlanView& plan, const Sink& sink) {
+    const float* twiddles = plan.twiddles;
+    std::size_t span = plan.n;
+    while (span > 8) {
+        const std::size_t quarter = span / 4;
+        hermitian_radix4_stage(x, quarter, twiddles);
+        twiddles += 6 * quarter;
+        span = quarter;
+        const BlockBins bins(plan.n, quarter, 0);
+        for (std::size_t j = 1; j < 4; ++j) {
+            block<true, false, false>(x + 2 * j * quarter, quarter, twiddles, plan.n, bins.at[j],
+                                      sink);
+        }
+    }
+    for (std::size_t k = span / 2 + 1; k < span; ++k) {
+        store(x, k, conjugate(load(x, span - k)));
+    }
+    leaf<true, false, true>(x, span, twiddles, plan.n, 0, sink);
 }
 
 }  // namespace

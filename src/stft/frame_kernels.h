@@ -26,7 +26,7 @@ struct FrameJob {
 
 /// Values that a transform keeps aside, in floats a lane.
 inline std::size_t work_scratch_n(const FftPlanView& plan) {
-    return plan.base_n > 2 * plan.largest_factor ? plan.base_n : 2 * plan.largest_factor;
+    return 2 * (plan.base_n > plan.largest_factor ? plan.base_n : plan.largest_factor);
 }
 
 /// Whether there is a zero among the real or the imaginary parts.

@@ -1,14 +1,16 @@
 // The kernels of frame_kernels.h for the level of the including translation unit.
 #include "fft/lane_fft_general.inl"
 #include "fft/lane_fft_pow2.inl"
-#include "util/lanes.inl"
 #include "stft/lane_moves.inl"
+#include "util/lanes.inl"
 
 namespace sorvo::audio {
 namespace {
 
 /// The windowed sample i of lane_n frames.
 struct WindowedSamples {
+    using Value = Pack;
+
     const float* samples;
     const std::uint32_t* offsets;
     const float* window;
@@ -19,6 +21,8 @@ struct WindowedSamples {
 };
 
 struct SquareSink {
+    static constexpr bool all_bins = false;
+
     float* out;
     std::size_t row;
     float scale;
@@ -31,6 +35,8 @@ struct SquareSink {
 };
 
 struct ComplexSink {
+    static constexpr bool all_bins = false;
+
     float* out;
     std::size_t row;
     float scale;
@@ -69,6 +75,66 @@ void exact_spectra(const FrameJob& job) {
         };
         exact_transform(work, job.plan, windowed, ComplexSink{job.out + t, job.out_row, job.scale});
     });
+}
+
+/// Blocks of 4 rows and lane_n columns; the last of either direction overlap the ones before.
+std::uint32_t transpose(float* dst, std::size_t dst_row, const float* src, std::size_t hop_n,
+                        std::size_t row_n, std::size_t column_n) {
+    Magnitude magnitude;
+    for (std::size_t column = 0; column < column_n; column += lane_n) {
+        const std::size_t c = column + lane_n <= column_n ? column : column_n - lane_n;
+        const float* const from = src + c * hop_n;
+        for (std::size_t row = 0; row < row_n && row_n >= 4; row += 4) {
+            const std::size_t r = row + 4 <= row_n ? row : row_n - 4;
+            Pack rows[4];
+            for (std::size_t i = 0; i < 4; ++i) {
+                rows[i] = load_columns(from + i * hop_n + r, hop_n);
+                magnitude.see(rows[i]);
+            }
+            transpose_quarters(rows[0], rows[1], rows[2], rows[3]);
+            for (std::size_t i = 0; i < 4; ++i) {
+                store(dst + (r + i) * dst_row + c, rows[i]);
+            }
+        }
+        for (std::size_t r = 0; r < row_n && row_n < 4; ++r) {
+            for (std::size_t i = 0; i < lane_n; ++i) {
+                const float value = from[i * hop_n + r];
+                magnitude.see(value);
+                dst[r * dst_row + c + i] = value;
+            }
+        }
+    }
+    return magnitude.bits();
+}
+
+Zeros interleave(float* dst, const float* re, const float* im, std::size_t n) {
+    Zeros zeros = {false, false};
+    std::size_t i = 0;
+    for (; i + lane_n <= n; i += lane_n) {
+        const Pack a = load(re + i);
+        const Pack b = load(im + i);
+        zeros.re = any_zero(a) || zeros.re;
+        zeros.im = any_zero(b) || zeros.im;
+        store_interleaved(dst + 2 * i, a, b);
+    }
+    for (; i < n; ++i) {
+        zeros.re = re[i] == 0.0F || zeros.re;
+        zeros.im = im[i] == 0.0F || zeros.im;
+        dst[2 * i] = re[i];
+        dst[2 * i + 1] = im[i];
+    }
+    return zeros;
+}
+
+void interleave_zeros(float* dst, const float* re, std::size_t n) {
+    std::size_t i = 0;
+    for (; i + lane_n <= n; i += lane_n) {
+        store_with_zeros(dst + 2 * i, re + i);
+    }
+    for (; i < n; ++i) {
+        dst[2 * i] = re[i];
+        dst[2 * i + 1] = 0.0F;
+    }
 }
 
 constexpr FrameKernels make_frame_kernels(CpuLevel level) {

@@ -5,25 +5,13 @@
 #include <cstring>
 
 #include "fft/fft_table.h"
+#include "stft/block_layout.h"
 #include "stft/framing.h"
 #include "stft/stft_core.h"
 #include "util/zeros.h"
 
 namespace sorvo::audio {
 namespace {
-
-/// Frames of a block: enough to fill whole cache lines of a frequency-major output, fewer where
-/// frames are long, so that a block stays in the second-level cache.
-std::size_t block_frames(int fft_n) {
-    return fft_n <= 1024 ? 64 : fft_n <= 2048 ? 48 : 16;
-}
-
-/// Floats of a row that holds n: an odd number of cache lines, so that the rows of a column spread
-/// over the whole first-level cache.
-std::size_t odd_lines(std::size_t n) {
-    constexpr std::size_t line = 16;
-    return ((n + line - 1) / line | 1) * line;
-}
 
 float scale_factor(const std::vector<float>& window, int fft_n, int norm_type) {
     std::vector<float> one(1, 1.0F);

@@ -3,6 +3,8 @@
 
 #include <vector>
 
+#include "stft/overlap_add.h"
+
 namespace sorvo::audio {
 
 /// Length of the reconstructed signal: (frame_n - 1) hop_n, and 2 freq_n - 2 more without centring;
@@ -32,5 +34,10 @@ void scale_istft_window_suqare_sum(std::vector<float>& y, const std::vector<floa
 /// accumulated frames hold behind the centre offset, the rest of that range is 0.
 void inverse_spectrogram(float* dst, const float* src, int frame_n, int freq_n, int hop_n,
                          int win_n, int win_type, int max_sample_n, int center, int norm_type);
+
+/// The same, many frames side by side by these kernels, or one at a time where there are none. The
+/// results do not depend on it.
+void inverse_spectrogram(float* dst, const SynthesisSource& source, int win_n, int win_type,
+                         int norm_type, const OverlapKernels* kernels);
 
 }  // namespace sorvo::audio

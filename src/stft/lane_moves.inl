@@ -28,6 +28,13 @@ SORVO_INLINE void transpose_quarters(Pack& a, Pack& b, Pack& c, Pack& d) {
     d = _mm512_castpd_ps(_mm512_unpackhi_pd(ab_high, cd_high));
 }
 
+SORVO_INLINE void store_columns(float* dst, std::size_t hop_n, Pack pack) {
+    _mm_storeu_ps(dst, _mm512_castps512_ps128(pack));
+    _mm_storeu_ps(dst + 4 * hop_n, _mm512_extractf32x4_ps(pack, 1));
+    _mm_storeu_ps(dst + 8 * hop_n, _mm512_extractf32x4_ps(pack, 2));
+    _mm_storeu_ps(dst + 12 * hop_n, _mm512_extractf32x4_ps(pack, 3));
+}
+
 using PackBits = __m512i;
 
 SORVO_INLINE PackBits larger_magnitude(PackBits bits, Pack value) {
@@ -42,6 +49,15 @@ SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
         _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
     store(dst, _mm512_permutex2var_ps(re, low, im));
     store(dst + lane_n, _mm512_permutex2var_ps(re, high, im));
+}
+
+SORVO_INLINE void store_separated(float* re, float* im, Pack low, Pack high) {
+    const __m512i even =
+        _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+    const __m512i odd =
+        _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
+    store(re, _mm512_permutex2var_ps(low, even, high));
+    store(im, _mm512_permutex2var_ps(low, odd, high));
 }
 
 SORVO_INLINE void store_with_zeros(float* dst, const float* src) {
@@ -73,6 +89,11 @@ SORVO_INLINE void transpose_quarters(Pack& a, Pack& b, Pack& c, Pack& d) {
     d = _mm256_castpd_ps(_mm256_unpackhi_pd(ab_high, cd_high));
 }
 
+SORVO_INLINE void store_columns(float* dst, std::size_t hop_n, Pack pack) {
+    _mm_storeu_ps(dst, _mm256_castps256_ps128(pack));
+    _mm_storeu_ps(dst + 4 * hop_n, _mm256_extractf128_ps(pack, 1));
+}
+
 using PackBits = __m256i;
 
 SORVO_INLINE PackBits larger_magnitude(PackBits bits, Pack value) {
@@ -86,6 +107,13 @@ SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
     const __m256 high = _mm256_unpackhi_ps(re, im);
     store(dst, _mm256_permute2f128_ps(low, high, 0x20));
     store(dst + lane_n, _mm256_permute2f128_ps(low, high, 0x31));
+}
+
+SORVO_INLINE void store_separated(float* re, float* im, Pack low, Pack high) {
+    const __m256 first = _mm256_permute2f128_ps(low, high, 0x20);
+    const __m256 second = _mm256_permute2f128_ps(low, high, 0x31);
+    store(re, _mm256_shuffle_ps(first, second, 0x88));
+    store(im, _mm256_shuffle_ps(first, second, 0xdd));
 }
 
 SORVO_INLINE void store_with_zeros(float* dst, const float* src) {
@@ -113,6 +141,10 @@ SORVO_INLINE void transpose_quarters(Pack& a, Pack& b, Pack& c, Pack& d) {
     d = _mm_castpd_ps(_mm_unpackhi_pd(ab_high, cd_high));
 }
 
+SORVO_INLINE void store_columns(float* dst, std::size_t /*hop_n*/, Pack pack) {
+    _mm_storeu_ps(dst, pack);
+}
+
 using PackBits = __m128i;
 
 SORVO_INLINE PackBits larger_magnitude(PackBits bits, Pack value) {
@@ -124,6 +156,11 @@ SORVO_INLINE PackBits larger_magnitude(PackBits bits, Pack value) {
 SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
     store(dst, _mm_unpacklo_ps(re, im));
     store(dst + lane_n, _mm_unpackhi_ps(re, im));
+}
+
+SORVO_INLINE void store_separated(float* re, float* im, Pack low, Pack high) {
+    store(re, _mm_shuffle_ps(low, high, 0x88));
+    store(im, _mm_shuffle_ps(low, high, 0xdd));
 }
 
 SORVO_INLINE void store_with_zeros(float* dst, const float* src) {
@@ -162,66 +199,6 @@ class Magnitude {
     PackBits packs_ = {};
     std::uint32_t bits_ = 0;
 };
-
-/// Blocks of 4 rows and lane_n columns; the last of either direction overlap the ones before.
-std::uint32_t transpose(float* dst, std::size_t dst_row, const float* src, std::size_t hop_n,
-                        std::size_t row_n, std::size_t column_n) {
-    Magnitude magnitude;
-    for (std::size_t column = 0; column < column_n; column += lane_n) {
-        const std::size_t c = column + lane_n <= column_n ? column : column_n - lane_n;
-        const float* const from = src + c * hop_n;
-        for (std::size_t row = 0; row < row_n && row_n >= 4; row += 4) {
-            const std::size_t r = row + 4 <= row_n ? row : row_n - 4;
-            Pack rows[4];
-            for (std::size_t i = 0; i < 4; ++i) {
-                rows[i] = load_columns(from + i * hop_n + r, hop_n);
-                magnitude.see(rows[i]);
-            }
-            transpose_quarters(rows[0], rows[1], rows[2], rows[3]);
-            for (std::size_t i = 0; i < 4; ++i) {
-                store(dst + (r + i) * dst_row + c, rows[i]);
-            }
-        }
-        for (std::size_t r = 0; r < row_n && row_n < 4; ++r) {
-            for (std::size_t i = 0; i < lane_n; ++i) {
-                const float value = from[i * hop_n + r];
-                magnitude.see(value);
-                dst[r * dst_row + c + i] = value;
-            }
-        }
-    }
-    return magnitude.bits();
-}
-
-Zeros interleave(float* dst, const float* re, const float* im, std::size_t n) {
-    Zeros zeros = {false, false};
-    std::size_t i = 0;
-    for (; i + lane_n <= n; i += lane_n) {
-        const Pack a = load(re + i);
-        const Pack b = load(im + i);
-        zeros.re = any_zero(a) || zeros.re;
-        zeros.im = any_zero(b) || zeros.im;
-        store_interleaved(dst + 2 * i, a, b);
-    }
-    for (; i < n; ++i) {
-        zeros.re = re[i] == 0.0F || zeros.re;
-        zeros.im = im[i] == 0.0F || zeros.im;
-        dst[2 * i] = re[i];
-        dst[2 * i + 1] = im[i];
-    }
-    return zeros;
-}
-
-void interleave_zeros(float* dst, const float* re, std::size_t n) {
-    std::size_t i = 0;
-    for (; i + lane_n <= n; i += lane_n) {
-        store_with_zeros(dst + 2 * i, re + i);
-    }
-    for (; i < n; ++i) {
-        dst[2 * i] = re[i];
-        dst[2 * i + 1] = 0.0F;
-    }
-}
 
 }  // namespace
 }  // namespace sorvo::audio

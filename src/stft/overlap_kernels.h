@@ -1,0 +1,53 @@
+// The kernels of the inverse spectrogram: many frames side by side, a frame in each lane.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "fft/fft_plan.h"
+#include "util/cpu.h"
+
+namespace sorvo::audio {
+
+/// lane_n spectra of real signals to be turned into windowed frames.
+struct SynthesisJob {
+    FftPlanView plan;      ///< of the inverse transform
+    const float* spectra;  ///< rows 2 k and 2 k + 1: the real and the imaginary part of bin k
+    std::size_t row;
+    const float* window;  ///< as long as a frame
+    float factor;         ///< after the window
+    float* work;          ///< as FrameJob::work
+    float* frames;        ///< sample i of lane l at i * lane_n + l; aligned
+};
+
+struct OverlapKernels {
+    std::size_t lane_n;
+
+    /// re[i], im[i] = src[2 i], src[2 i + 1]. The result is the bit pattern of the largest
+    /// magnitude, NaN being above infinity.
+    std::uint32_t (*separate)(float* re, float* im, const float* src, std::size_t n);
+
+    /// Finite data only; the sign of a zero may be wrong.
+    void (*synthesize)(const SynthesisJob& job);
+
+    /// sums[i % hop_n * row + i / hop_n + l] += sample i of lane l, for i < sample_n, in the order
+    /// of the lanes for each sum.
+    void (*overlap_add)(float* sums, std::size_t row, const float* frames, std::size_t sample_n,
+                        std::size_t hop_n);
+
+    /// dst[c * hop_n + r] = src[r * row + c] for r < row_n, c < column_n; column_n is a multiple of
+    /// lane_n.
+    void (*transpose_back)(float* dst, std::size_t hop_n, const float* src, std::size_t row,
+                           std::size_t row_n, std::size_t column_n);
+
+    /// dst[i] = src[i] / divisors[i].
+    void (*divide)(float* dst, const float* src, const float* divisors, std::size_t n);
+};
+
+const OverlapKernels& overlap_kernels(CpuLevel level);
+
+extern const OverlapKernels overlap_kernels_baseline;
+extern const OverlapKernels overlap_kernels_avx2;
+extern const OverlapKernels overlap_kernels_avx512;
+
+}  // namespace sorvo::audio
