@@ -18,7 +18,7 @@ class Outputs : public testing::TestWithParam<int> {
     const int n_ = GetParam();
     const std::size_t size_ = static_cast<std::size_t>(n_);
     Random random_{static_cast<unsigned>(n_)};
-    const std::vector<float> in_ = random_.values(20 * size_ + 100);
+    const std::vector<float> in_ = random_.values(size_ * size_ + 20 * size_ + 100);
     const float* x_ = in_.data();
 
     /// An output array of `floats`, that `call` fills.
