@@ -6,6 +6,7 @@
 
 #include "resample/tap_groups.h"
 #include "util/cpu.h"
+#include "util/vectors.h"
 
 namespace sorvo::audio {
 
@@ -22,7 +23,7 @@ struct alignas(64) DoubleRow {
 };
 
 /// Samples and outputs are turned from lane after lane to row after row in squares of this size.
-constexpr std::size_t lane_square_n = 8;
+constexpr std::size_t lane_square_n = square_n<float>;
 
 constexpr std::size_t round_up_to_square(std::size_t n) {
     return (n + lane_square_n - 1) / lane_square_n * lane_square_n;
