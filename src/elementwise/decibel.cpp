@@ -1,5 +1,7 @@
 #include "elementwise/decibel.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 
@@ -12,6 +14,25 @@ float clamp_to_amin(float x) {
     return x > amin ? x : amin;
 }
 
+/// The maximum without NaN; but a NaN first element stays, as nothing compares greater. Taken in
+/// lanes that all begin with that element. Which of two zeros comes out is left open.
+float maximum(const float* src, std::ptrdiff_t n) {
+    constexpr std::ptrdiff_t lane_n = 32;
+    std::array<float, lane_n> max;
+    max.fill(src[0]);
+    std::ptrdiff_t i = 0;
+    for (; i + lane_n <= n; i += lane_n) {
+        for (std::ptrdiff_t l = 0; l < lane_n; ++l) {
+            max[static_cast<std::size_t>(l)] =
+                std::max(max[static_cast<std::size_t>(l)], src[i + l]);
+        }
+    }
+    for (; i < n; ++i) {
+        max[0] = std::max(max[0], src[i]);
+    }
+    return *std::max_element(max.begin(), max.end());
+}
+
 }  // namespace
 
 float power_to_db(float x, float ref) {
@@ -19,12 +40,7 @@ float power_to_db(float x, float ref) {
 }
 
 void convert_power_to_db(float* dst, const float* src, int n, float top_db) {
-    // A NaN first element stays the maximum: nothing compares greater.
-    float max = src[0];
-    for (std::ptrdiff_t i = 1; i < n; ++i) {
-        max = src[i] > max ? src[i] : max;
-    }
-    const float ref_db = 10.0F * ::log10f(clamp_to_amin(max));
+    const float ref_db = 10.0F * ::log10f(clamp_to_amin(maximum(src, n)));
     for (std::ptrdiff_t i = 0; i < n; ++i) {
         dst[i] = 10.0F * ::log10f(clamp_to_amin(src[i])) - ref_db;
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "util/cpu.h"
+
 namespace sorvo::audio {
 
 /// Zero-phase filtering: forward, then backward, each pass from its steady state scaled by its
@@ -8,6 +10,7 @@ namespace sorvo::audio {
 /// is ignored). Throws SorvoInvalidArgument for another pad_type, and where an odd or reflected
 /// extension would be as long as the signal or longer.
 void filtfilt(float* dst, const float* src, const float* n_coef, const float* d_coef, int dst_n,
-              int src_n, int n_coef_n, int d_coef_n, int pad_type, int pad_len);
+              int src_n, int n_coef_n, int d_coef_n, int pad_type, int pad_len,
+              CpuLevel level = cpu_level());
 
 }  // namespace sorvo::audio

@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "filter/coefficients.h"
+#include "util/cpu.h"
 
 namespace sorvo::audio {
 
@@ -19,12 +20,25 @@ namespace sorvo::audio {
 /// Throws SorvoInvalidArgument for a coefficient count below 1.
 template <class Out, class In, class Coef, class State>
 void linerfilter(Out* dst, const In* src, const Coef* n_coef, const Coef* d_coef, State* zi,
-                 int dst_n, int src_n, int n_coef_n, int d_coef_n, int zi_n, bool reverse);
+                 int dst_n, int src_n, int n_coef_n, int d_coef_n, int zi_n, bool reverse,
+                 CpuLevel level = cpu_level());
 
 /// The same pass with prepared coefficients over n samples, from and to the state z of N - 1
 /// values.
 template <class Out, class In, class State>
 void run_filter(Out* dst, const In* src, const FilterCoefficients& coef, State* z, std::size_t n,
-                bool reverse);
+                bool reverse, CpuLevel level = cpu_level());
+
+/// Whether run_filter() takes long signals with many samples side by side.
+bool runs_side_by_side(const FilterCoefficients& coef);
+
+/// The same, sample by sample: the definition.
+template <class Out, class In, class State>
+void run_filter_plain(Out* dst, const In* src, const FilterCoefficients& coef, State* z,
+                      std::size_t n, bool reverse);
+
+/// What one sample and its output make of the state (of at least one value).
+template <class State>
+void update_state(const FilterCoefficients& coef, State* z, double x, double y);
 
 }  // namespace sorvo::audio

@@ -6,8 +6,11 @@
 #include <limits>
 #include <vector>
 
+#include "elementwise/complex_norm.h"
+#include "elementwise/decibel.h"
 #include "elementwise/power.h"
 #include "kernels/levels.h"
+#include "kernels/signals.h"
 
 namespace {
 
@@ -57,6 +60,49 @@ TEST(RaiseToPower, WorksInPlaceAndStopsAtTheEnd) {
             EXPECT_EQ(data[n], 7.0F);
             EXPECT_TRUE(n == 0 || data[n - 1] == ::sqrtf(2.0F));
         });
+    }
+}
+
+TEST(ElementwiseLoops, ComplexNormsOfAnyLengthEqualThePowerOfTheSum) {
+    const std::vector<float> z = test::noise(1400, 3.0F);
+    for (const float power : {2.0F, 1.0F, 0.0F, 1.7F}) {
+        for (const std::size_t n : {0U, 1U, 31U, 255U, 256U, 257U, 700U}) {
+            std::vector<float> expected(n);
+            for (std::size_t i = 0; i < n; ++i) {
+                const float re = z[2 * i];
+                const float im = z[2 * i + 1];
+                expected[i] = ::powf(im * im + re * re, power * 0.5F);
+            }
+            std::vector<float> src(z.begin(), z.begin() + static_cast<std::ptrdiff_t>(2 * n));
+            std::vector<float> norms(n);
+            complex_norm_1d(norms, src, power);
+            EXPECT_EQ(test::first_difference(norms, expected), test::none) << power << ", " << n;
+            std::vector<float> interleaved = src;
+            complex_norm_1d(interleaved, power);
+            complex_norm_1d_core(src.data(), src.data(), static_cast<int>(n), power);
+            for (std::size_t i = 0; i < n; ++i) {
+                EXPECT_EQ(src[i], expected[i]);
+                EXPECT_EQ(interleaved[2 * i], expected[i]);
+                EXPECT_EQ(interleaved[2 * i + 1], 0.0F);
+            }
+        }
+    }
+}
+
+TEST(ElementwiseLoops, DecibelsAreRelativeToTheMaximumWhereverItIs) {
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    for (const std::size_t n : {1U, 31U, 32U, 33U, 97U}) {
+        for (std::size_t at = 0; at < n; ++at) {
+            std::vector<float> x(n, 0.5F);
+            x[(at + 1) % n] = nan;
+            x[at] = 8.0F;
+            std::vector<float> dst(n);
+            convert_power_to_db(dst.data(), x.data(), static_cast<int>(n), -1.0F);
+            const float ref = std::isnan(x[0]) ? 1e-10F : 8.0F;
+            for (std::size_t i = 0; i < n; ++i) {
+                EXPECT_EQ(dst[i], power_to_db(x[i], ref)) << n << ", maximum at " << at;
+            }
+        }
     }
 }
 

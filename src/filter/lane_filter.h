@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+
+#include "filter/coefficients.h"
+#include "util/cpu.h"
+
+namespace sorvo::audio {
+
+/// Fewer samples are not worth the lanes.
+constexpr std::size_t min_lane_filter_n = 16896;
+
+/// As run_filter_plain() for one or two state values and at least min_lane_filter_n samples, with
+/// stretches of the signal side by side.
+///
+/// Each stretch starts from a guess of its state: that of a filter which was at rest some hundred
+/// samples earlier. Most filters forget, and rounding makes the states of two runs over the same
+/// samples equal in every bit. Where the stretch before ends in the guessed state, everything that
+/// followed from the guess is what the filter does; where it does not, samples are filtered one by
+/// one until the states meet. So the result is the same in any case, and only the speed differs.
+template <class Out, class In, class State>
+void filter_lanes(Out* dst, const In* src, const FilterCoefficients& coef, State* z, std::size_t n,
+                  bool reverse, CpuLevel level);
+
+}  // namespace sorvo::audio
