@@ -1,11 +1,5 @@
-#include "fft/fft.h"
-
-#include <algorithm>
-#include <cstddef>
-
 #include "api/call_frame.h"
-#include "fft/fft_table.h"
-#include "util/zeros.h"
+#include "fft/single_fft.h"
 
 using namespace sorvo::audio;
 using namespace sorvo::audio::api;
@@ -16,10 +10,7 @@ int sorvoAudioFFT(float* dst, const float* src, int fft_n) {
     }
     return run([=] {
         require(fft_n >= 1, "Invalid fft_n size.");
-        auto data = make_zeros<float>(2 * static_cast<std::uint64_t>(fft_n));
-        fft_pre_process(data, src, fft_n);
-        fft(data, fft_n, FftTable::instance().ref_table(fft_n));
-        std::copy(data.begin(), data.end(), dst);
+        real_fft(dst, src, fft_n, single_kernels(cpu_level()));
     });
 }
 
@@ -29,9 +20,6 @@ int sorvoAudioIFFT(float* dst, const float* src, int fft_n) {
     }
     return run([=] {
         require(fft_n >= 1, "Invalid fft_n size.");
-        auto data = make_zeros<float>(2 * static_cast<std::uint64_t>(fft_n));
-        std::copy_n(src, data.size(), data.begin());
-        ifft(data, fft_n, FftTable::instance().ref_inv_table(fft_n));
-        std::copy(data.begin(), data.end(), dst);
+        complex_ifft(dst, src, fft_n, single_kernels(cpu_level()));
     });
 }

@@ -31,6 +31,9 @@ FftPlan::FftPlan(int n, const std::vector<float>& table)
     : n_(static_cast<std::size_t>(n)), roots_(table.data()) {
     if (is_pow2(n)) {
         plan_pow2(table);
+        if (n >= 256) {
+            plan_single_pow2();
+        }
     } else {
         plan_general(table);
     }
@@ -43,6 +46,28 @@ void FftPlan::plan_pow2(const std::vector<float>& table) {
             twiddles_.insert(twiddles_.end(),
                              {group[4], group[5], group[0], group[1], group[9], group[11]});
         }
+    }
+}
+
+void FftPlan::plan_single_pow2() {
+    const float* twiddles = twiddles_.data();
+    std::size_t span = n_;
+    for (; span > 32; span /= 4) {
+        for (std::size_t value = 0; value < 6; ++value) {
+            for (std::size_t k = 0; k < span / 4; ++k) {
+                columns_.push_back(twiddles[6 * k + value]);
+            }
+        }
+        twiddles += 6 * (span / 4);
+    }
+    block_n_ = span;
+    const std::size_t block_count = n_ / block_n_;
+    for (std::size_t i = 0; i < block_count; ++i) {
+        std::size_t reversed = 0;
+        for (std::size_t bit = 1; bit < block_count; bit *= 2) {
+            reversed = 2 * reversed + (i / bit) % 2;
+        }
+        order_.push_back(static_cast<std::uint32_t>(reversed * block_n_));
     }
 }
 
@@ -86,7 +111,8 @@ FftPlanView FftPlan::view() const {
     for (const FftStage& stage : stages_) {
         largest = std::max(largest, stage.factor);
     }
-    return {n_, roots_, twiddles_.data(), stages_.data(), stages_.size(), base_n_, largest};
+    return {n_,      roots_,  twiddles_.data(), stages_.data(),  stages_.size(),
+            base_n_, largest, block_n_,         columns_.data(), order_.data()};
 }
 
 }  // namespace sorvo::audio

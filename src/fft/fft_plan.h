@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace sorvo::audio {
@@ -28,6 +29,11 @@ struct FftPlanView {
     std::size_t stage_n;
     std::size_t base_n;          ///< length of the direct transforms that the innermost stage joins
     std::size_t largest_factor;  ///< of the stages, at least 1
+
+    /// For one transform with its own elements as lanes; block_n is 0 where there is no such way.
+    std::size_t block_n;   ///< elements that are left to transforms with a block in each lane
+    const float* columns;  ///< powers of two: the stages above, each c, s of k, 2k, 3k in turn
+    const std::uint32_t* order;  ///< powers of two: where block rev(i) begins
 };
 
 /// Longer transforms are computed one at a time and have no plan.
@@ -43,6 +49,7 @@ class FftPlan {
 
   private:
     void plan_pow2(const std::vector<float>& table);
+    void plan_single_pow2();
     void plan_general(const std::vector<float>& table);
 
     std::size_t n_;
@@ -50,6 +57,9 @@ class FftPlan {
     std::vector<float> twiddles_;
     std::vector<FftStage> stages_;
     std::size_t base_n_ = 0;
+    std::size_t block_n_ = 0;
+    std::vector<float> columns_;
+    std::vector<std::uint32_t> order_;
 };
 
 }  // namespace sorvo::audio

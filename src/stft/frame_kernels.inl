@@ -1,7 +1,7 @@
 // The kernels of frame_kernels.h for the level of the including translation unit.
 #include "fft/lane_fft_general.inl"
 #include "fft/lane_fft_pow2.inl"
-#include "stft/lane_moves.inl"
+#include "fft/lane_moves.inl"
 #include "util/lanes.inl"
 
 namespace sorvo::audio {

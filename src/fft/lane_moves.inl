@@ -17,6 +17,14 @@ SORVO_INLINE Pack load_columns(const float* src, std::size_t hop_n) {
     return _mm512_insertf32x4(pack, _mm_loadu_ps(src + 12 * hop_n), 3);
 }
 
+/// The same from starts[0], starts[4], ... on.
+SORVO_INLINE Pack load_columns(const float* src, const std::uint32_t* starts) {
+    __m512 pack = _mm512_castps128_ps512(_mm_loadu_ps(src + starts[0]));
+    pack = _mm512_insertf32x4(pack, _mm_loadu_ps(src + starts[4]), 1);
+    pack = _mm512_insertf32x4(pack, _mm_loadu_ps(src + starts[8]), 2);
+    return _mm512_insertf32x4(pack, _mm_loadu_ps(src + starts[12]), 3);
+}
+
 SORVO_INLINE void transpose_quarters(Pack& a, Pack& b, Pack& c, Pack& d) {
     const __m512d ab_low = _mm512_castps_pd(_mm512_unpacklo_ps(a, b));
     const __m512d ab_high = _mm512_castps_pd(_mm512_unpackhi_ps(a, b));
@@ -78,6 +86,11 @@ SORVO_INLINE Pack load_columns(const float* src, std::size_t hop_n) {
                                 _mm_loadu_ps(src + 4 * hop_n), 1);
 }
 
+SORVO_INLINE Pack load_columns(const float* src, const std::uint32_t* starts) {
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(src + starts[0])),
+                                _mm_loadu_ps(src + starts[4]), 1);
+}
+
 SORVO_INLINE void transpose_quarters(Pack& a, Pack& b, Pack& c, Pack& d) {
     const __m256d ab_low = _mm256_castps_pd(_mm256_unpacklo_ps(a, b));
     const __m256d ab_high = _mm256_castps_pd(_mm256_unpackhi_ps(a, b));
@@ -128,6 +141,10 @@ SORVO_INLINE bool any_zero(Pack value) {
 
 SORVO_INLINE Pack load_columns(const float* src, std::size_t /*hop_n*/) {
     return _mm_loadu_ps(src);
+}
+
+SORVO_INLINE Pack load_columns(const float* src, const std::uint32_t* starts) {
+    return _mm_loadu_ps(src + starts[0]);
 }
 
 SORVO_INLINE void transpose_quarters(Pack& a, Pack& b, Pack& c, Pack& d) {

@@ -1,0 +1,32 @@
+// The kernels of a single transform.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "fft/fft_plan.h"
+#include "util/cpu.h"
+
+namespace sorvo::audio {
+
+/// Floats of working storage that a single transform takes; aligned.
+constexpr std::size_t single_work_n = 2 * max_planned_n + 2 * 32 * 16;
+
+struct SingleKernels {
+    /// The bit pattern of the largest magnitude, NaN being above infinity.
+    std::uint32_t (*largest)(const float* data, std::size_t n);
+    bool (*any_zero)(const float* data, std::size_t n);
+
+    /// All bins of n real elements, and the inverse of n complex ones: plans of a power of two with
+    /// a block_n. Need finite data; a zero may have the wrong sign.
+    void (*real_pow2)(float* dst, const float* src, const FftPlanView& plan, float* work);
+    void (*inverse_pow2)(float* dst, const float* src, const FftPlanView& plan, float* work);
+};
+
+const SingleKernels& single_kernels(CpuLevel level);
+
+extern const SingleKernels single_kernels_baseline;
+extern const SingleKernels single_kernels_avx2;
+extern const SingleKernels single_kernels_avx512;
+
+}  // namespace sorvo::audio
