@@ -85,7 +85,7 @@ SORVO_INLINE std::size_t wanted_bins(std::size_t n) {
 
 /// The outermost stage: the bins that the sink wants.
 template <std::size_t factor, class Sink>
-[[gnu::noinline]] void deliver(const Pack* x, const FftStage& stage, const Sink& sink) {
+[[gnu::noinline]] void deliver(const Pack* x, const FftStage& stage, Sink sink) {
     const std::size_t sub_n = stage.sub_n;
     const std::size_t bin_n = wanted_bins<Sink>(factor * sub_n);
     const float* w = stage.twiddles;
@@ -123,7 +123,7 @@ SORVO_INLINE Complex plus_product(Complex a, const float* w, Complex b) {
 }
 
 template <class Sink>
-[[gnu::noinline]] void deliver_fused_twos(const Pack* x, const FftStage& stage, const Sink& sink) {
+[[gnu::noinline]] void deliver_fused_twos(const Pack* x, const FftStage& stage, Sink sink) {
     const std::size_t sub_n = stage.sub_n;
     const float* w = stage.twiddles;
     for (std::size_t k = 0; k < sub_n; ++k, w += 12) {
@@ -175,7 +175,7 @@ SORVO_INLINE void sum_any_column(const Pack* x, const FftStage& stage, const flo
 
 template <class Sink>
 [[gnu::noinline]] void deliver_any(const Pack* x, const FftStage& stage, const float* roots,
-                                   Pack* scratch, const Sink& sink) {
+                                   Pack* scratch, Sink sink) {
     const std::size_t bin_n = wanted_bins<Sink>(stage.factor * stage.sub_n);
     for (std::size_t k = 0; k < stage.sub_n; ++k) {
         sum_any_column(x, stage, roots, k, bin_n, scratch, sink);
@@ -277,7 +277,7 @@ class GeneralTransform {
 
     /// The bins that the sink wants; `x` is room for the n elements.
     template <class Sink>
-    void run(Pack* x, const Sink& sink) const {
+    void run(Pack* x, Sink sink) const {
         if (plan_.stage_n == 0) {
             load_base(0, 1);
             base_any(base_values(), plan_.n, plan_.roots, 1, wanted_bins<Sink>(plan_.n), sink);

@@ -71,7 +71,7 @@ SORVO_INLINE void real_radix4_stage(Pack* x, std::size_t quarter, const float* t
 /// element 1 of the very first leaf is bin n / 2.
 template <bool inverse, bool exact_zeros, bool first, class Sink>
 SORVO_INLINE void leaf4(const Pack* x, const float* twiddles, std::size_t n, std::size_t bin,
-                        const Sink& sink) {
+                        Sink sink) {
     const Complex a = load(x, 0);
     const Complex b = load(x, 1);
     const Complex c = load(x, 2);
@@ -94,7 +94,7 @@ SORVO_INLINE void leaf4(const Pack* x, const float* twiddles, std::size_t n, std
 /// pass, of whose results only the sums (and the first difference) are bins up to n / 2.
 template <bool inverse, bool exact_zeros, bool first, class Sink>
 SORVO_INLINE void leaf8(const Pack* x, const float* twiddles, std::size_t n, std::size_t bin,
-                        const Sink& sink) {
+                        Sink sink) {
     Complex columns[2][4];
     for (std::size_t column = 0; column < 2; ++column) {
         const Complex a = load(x, column);
@@ -124,7 +124,7 @@ SORVO_INLINE void leaf8(const Pack* x, const float* twiddles, std::size_t n, std
 
 template <bool inverse, bool exact_zeros, bool first, class Sink>
 SORVO_INLINE void leaf(const Pack* x, std::size_t span, const float* twiddles, std::size_t n,
-                       std::size_t bin, const Sink& sink) {
+                       std::size_t bin, Sink sink) {
     if (span == 4) {
         leaf4<inverse, exact_zeros, first>(x, twiddles, n, bin, sink);
     } else {
@@ -144,7 +144,7 @@ struct BlockBins {
 /// A block of `span` elements from `bin` on, down to the leaves; `first` is the block at element 0.
 template <bool inverse, bool exact_zeros, bool first, class Sink>
 [[gnu::noinline]] void block(Pack* x, std::size_t span, const float* twiddles, std::size_t n,
-                             std::size_t bin, const Sink& sink) {
+                             std::size_t bin, Sink sink) {
     if (span <= 8) {
         leaf<inverse, exact_zeros, first>(x, span, twiddles, n, bin, sink);
         return;
@@ -169,7 +169,7 @@ template <bool inverse, bool exact_zeros, bool first, class Sink>
 
 /// Bins 0 ... n / 2 of real data input(0 ... n - 1), n >= 16, without exact zeros.
 template <class Input, class Sink>
-void real_transform(Pack* x, const FftPlanView& plan, Input input, const Sink& sink) {
+void real_transform(Pack* x, const FftPlanView& plan, Input input, Sink sink) {
     const std::size_t n = plan.n;
     const float* twiddles = plan.twiddles;
     std::size_t span = n;
@@ -195,7 +195,7 @@ void real_transform(Pack* x, const FftPlanView& plan, Input input, const Sink& s
 
 /// The same bins with every zero as fft_pow2 makes it.
 template <class Input, class Sink>
-void exact_transform(Pack* x, const FftPlanView& plan, Input input, const Sink& sink) {
+void exact_transform(Pack* x, const FftPlanView& plan, Input input, Sink sink) {
     for (std::size_t i = 0; i < plan.n; ++i) {
         store(x, i, {input(i), Pack{}});
     }
@@ -243,7 +243,7 @@ SORVO_INLINE void hermitian_radix4_stage(Pack* x, std::size_t quarter, const flo
 /// The inverse transform, without the division by n, of a spectrum of real data, n >= 16; x holds
 /// its bins 0 ... n / 2 and room for n.
 template <class Sink>
-void hermitian_transform(Pack* x, const FftPlanView& plan, const Sink& sink) {
+void hermitian_transform(Pack* x, const FftPlanView& plan, Sink sink) {
     const float* twiddles = plan.twiddles;
     std::size_t span = plan.n;
     while (span > 8) {

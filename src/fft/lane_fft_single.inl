@@ -43,7 +43,7 @@ struct SplitArrays {
 
 /// A stage of the blocks that begin at begin, begin + span, ... below n.
 template <bool inverse>
-[[gnu::noinline]] void single_stage(const SplitArrays& x, std::size_t begin, std::size_t n,
+[[gnu::noinline]] void single_stage(SplitArrays x, std::size_t begin, std::size_t n,
                                     std::size_t span, const float* columns) {
     const std::size_t quarter = span / 4;
     for (std::size_t k = 0; k < quarter; k += lane_n) {
@@ -64,8 +64,8 @@ template <bool inverse>
 }
 
 /// A stage of a block of real data, which may be x.re itself; block 0 becomes real data again.
-[[gnu::noinline]] void single_real_stage(const SplitArrays& x, const float* src, std::size_t span,
-                                         const float* columns) {
+SORVO_INLINE void single_real_stage(SplitArrays x, const float* src, std::size_t span,
+                                    const float* columns, Magnitude& magnitude) {
     const std::size_t quarter = span / 4;
     for (std::size_t k = 0; k < quarter; k += lane_n) {
         const ColumnTwiddles w(columns, quarter, k);
@@ -73,6 +73,10 @@ template <bool inverse>
         const Pack b = load(src + k + quarter);
         const Pack c = load(src + k + 2 * quarter);
         const Pack d = load(src + k + 3 * quarter);
+        magnitude.see(a);
+        magnitude.see(b);
+        magnitude.see(c);
+        magnitude.see(d);
         const Pack ac = a + c;
         const Pack bd = b + d;
         const Pack a_c = a - c;
@@ -100,8 +104,7 @@ struct BlockSink {
 
 /// The rest of a transform of which blocks of block_n elements are left.
 template <bool inverse>
-void single_blocks(float* dst, const SplitArrays& x, const FftPlanView& plan, float factor,
-                   Pack* work) {
+void single_blocks(float* dst, SplitArrays x, const FftPlanView& plan, float factor, Pack* work) {
     const std::size_t block_n = plan.block_n;
     const std::size_t block_count = plan.n / block_n;
     const float* twiddles = plan.twiddles;
@@ -128,32 +131,44 @@ void single_blocks(float* dst, const SplitArrays& x, const FftPlanView& plan, fl
     }
 }
 
-/// All bins of the n real elements of `src`; `work` has room for 2 n floats and 2 block_n packs.
-void single_real_pow2(float* dst, const float* src, const FftPlanView& plan, float* work) {
+/// The arrays of a transform in the working storage, behind the packs of its blocks. The second
+/// begins a line further on than a power of two, lest both meet in the same sets of the cache.
+SORVO_INLINE SplitArrays split_arrays(const FftPlanView& plan, float* work) {
+    float* const re = work + 2 * lane_n * plan.block_n;
+    return {re, re + plan.n + 16};
+}
+
+std::uint32_t single_real_pow2(float* dst, const float* src, const FftPlanView& plan, float* work) {
     const std::size_t n = plan.n;
-    const SplitArrays x = {work + 2 * lane_n * plan.block_n, work + 2 * lane_n * plan.block_n + n};
+    const SplitArrays x = split_arrays(plan, work);
     const float* columns = plan.columns;
-    const float* real = src;
-    for (std::size_t span = n; span > plan.block_n; span /= 4) {
-        single_real_stage(x, real, span, columns);
-        if (span < n) {
-            single_stage<false>(x, span, n, span, columns);
-        }
+    Magnitude magnitude;
+    single_real_stage(x, src, n, columns, magnitude);
+    columns += 6 * (n / 4);
+    Magnitude unused;
+    for (std::size_t span = n / 4; span > plan.block_n; span /= 4) {
+        single_real_stage(x, x.re, span, columns, unused);
+        single_stage<false>(x, span, n, span, columns);
         columns += 6 * (span / 4);
-        real = x.re;
     }
     for (std::size_t i = 0; i < plan.block_n; i += lane_n) {
         store(x.im + i, Pack{});
     }
     single_blocks<false>(dst, x, plan, 1.0F, reinterpret_cast<Pack*>(work));
+    return magnitude.bits();
 }
 
-/// The inverse of the n complex elements of `src`, divided by n.
-void single_inverse_pow2(float* dst, const float* src, const FftPlanView& plan, float* work) {
+std::uint32_t single_inverse_pow2(float* dst, const float* src, const FftPlanView& plan,
+                                  float* work) {
     const std::size_t n = plan.n;
-    const SplitArrays x = {work + 2 * lane_n * plan.block_n, work + 2 * lane_n * plan.block_n + n};
+    const SplitArrays x = split_arrays(plan, work);
+    Magnitude magnitude;
     for (std::size_t i = 0; i < n; i += lane_n) {
-        store_separated(x.re + i, x.im + i, load(src + 2 * i), load(src + 2 * i + lane_n));
+        const Pack low = load(src + 2 * i);
+        const Pack high = load(src + 2 * i + lane_n);
+        magnitude.see(low);
+        magnitude.see(high);
+        store_separated(x.re + i, x.im + i, low, high);
     }
     const float* columns = plan.columns;
     for (std::size_t span = n; span > plan.block_n; span /= 4) {
@@ -161,6 +176,7 @@ void single_inverse_pow2(float* dst, const float* src, const FftPlanView& plan, 
         columns += 6 * (span / 4);
     }
     single_blocks<true>(dst, x, plan, 1.0F / static_cast<float>(n), reinterpret_cast<Pack*>(work));
+    return magnitude.bits();
 }
 
 }  // namespace

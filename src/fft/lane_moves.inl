@@ -75,6 +75,10 @@ SORVO_INLINE void store_with_zeros(float* dst, const float* src) {
     }
 }
 
+SORVO_INLINE Pack smaller_magnitude(Pack a, Pack b) {
+    return _mm512_range_ps(a, b, 0b1010);
+}
+
 SORVO_INLINE bool any_zero(Pack value) {
     return _mm512_cmp_ps_mask(value, Pack{}, _CMP_EQ_OQ) != 0;
 }
@@ -133,6 +137,11 @@ SORVO_INLINE void store_with_zeros(float* dst, const float* src) {
     store_interleaved(dst, load(src), Pack{});
 }
 
+SORVO_INLINE Pack smaller_magnitude(Pack a, Pack b) {
+    const __m256 sign = _mm256_set1_ps(-0.0F);
+    return _mm256_min_ps(_mm256_andnot_ps(sign, a), _mm256_andnot_ps(sign, b));
+}
+
 SORVO_INLINE bool any_zero(Pack value) {
     return _mm256_movemask_ps(_mm256_cmp_ps(value, Pack{}, _CMP_EQ_OQ)) != 0;
 }
@@ -182,6 +191,11 @@ SORVO_INLINE void store_separated(float* re, float* im, Pack low, Pack high) {
 
 SORVO_INLINE void store_with_zeros(float* dst, const float* src) {
     store_interleaved(dst, load(src), Pack{});
+}
+
+SORVO_INLINE Pack smaller_magnitude(Pack a, Pack b) {
+    const __m128 sign = _mm_set1_ps(-0.0F);
+    return _mm_min_ps(_mm_andnot_ps(sign, a), _mm_andnot_ps(sign, b));
 }
 
 SORVO_INLINE bool any_zero(Pack value) {

@@ -12,11 +12,10 @@
 namespace sorvo::audio {
 namespace {
 
-/// True where neither infinities nor NaN nor the overflow of a sum can come up.
-bool is_tame(const float* src, std::size_t float_n, int n, const SingleKernels& kernels) {
-    const std::uint32_t bits = kernels.largest(src, float_n);
+/// True where the largest magnitude is far from any overflow of a sum.
+bool is_tame(std::uint32_t magnitude_bits, int n) {
     float largest = 0.0F;
-    std::memcpy(&largest, &bits, sizeof largest);
+    std::memcpy(&largest, &magnitude_bits, sizeof largest);
     return largest < 1e37F / static_cast<float>(n);
 }
 
@@ -34,17 +33,17 @@ bool real_fft_by_kernel(float* dst, const float* src, int n, const SingleKernels
     }
     const FftPlanView plan = FftTable::instance().ref_plan(n).view();
     const auto size = static_cast<std::size_t>(n);
-    if (plan.block_n == 0 || overlap(dst, src, 2 * size) || !is_tame(src, size, n, kernels)) {
+    if (plan.block_n == 0 || overlap(dst, src, 2 * size)) {
         return false;
     }
     alignas(64) float work[single_work_n];
-    kernels.real_pow2(dst, src, plan, work);
+    const std::uint32_t magnitude = kernels.real_pow2(dst, src, plan, work);
     dst[1] = 1.0F;
     dst[size + 1] = 1.0F;
     const bool zero = kernels.any_zero(dst, 2 * size);
     dst[1] = 0.0F;
     dst[size + 1] = 0.0F;
-    return !zero;
+    return !zero && is_tame(magnitude, n);
 }
 
 bool complex_ifft_by_kernel(float* dst, const float* src, int n, const SingleKernels& kernels) {
@@ -53,12 +52,12 @@ bool complex_ifft_by_kernel(float* dst, const float* src, int n, const SingleKer
     }
     const FftPlanView plan = FftTable::instance().ref_inv_plan(n).view();
     const std::size_t float_n = 2 * static_cast<std::size_t>(n);
-    if (plan.block_n == 0 || overlap(dst, src, float_n) || !is_tame(src, float_n, n, kernels)) {
+    if (plan.block_n == 0 || overlap(dst, src, float_n)) {
         return false;
     }
     alignas(64) float work[single_work_n];
-    kernels.inverse_pow2(dst, src, plan, work);
-    return !kernels.any_zero(dst, float_n);
+    const std::uint32_t magnitude = kernels.inverse_pow2(dst, src, plan, work);
+    return is_tame(magnitude, n) && !kernels.any_zero(dst, float_n);
 }
 
 }  // namespace

@@ -10,17 +10,19 @@
 namespace sorvo::audio {
 
 /// Floats of working storage that a single transform takes; aligned.
-constexpr std::size_t single_work_n = 2 * max_planned_n + 2 * 32 * 16;
+constexpr std::size_t single_work_n = 2 * max_planned_n + 16 + 2 * 32 * 16;
 
 struct SingleKernels {
-    /// The bit pattern of the largest magnitude, NaN being above infinity.
-    std::uint32_t (*largest)(const float* data, std::size_t n);
-    bool (*any_zero)(const float* data, std::size_t n);
-
     /// All bins of n real elements, and the inverse of n complex ones: plans of a power of two with
-    /// a block_n. Need finite data; a zero may have the wrong sign.
-    void (*real_pow2)(float* dst, const float* src, const FftPlanView& plan, float* work);
-    void (*inverse_pow2)(float* dst, const float* src, const FftPlanView& plan, float* work);
+    /// a block_n. A zero may have the wrong sign. The result is the bit pattern of the largest
+    /// magnitude of `src`, NaN being above infinity: only where it is far from overflow do the
+    /// results count.
+    std::uint32_t (*real_pow2)(float* dst, const float* src, const FftPlanView& plan, float* work);
+    std::uint32_t (*inverse_pow2)(float* dst, const float* src, const FftPlanView& plan,
+                                  float* work);
+
+    /// For n a multiple of 64.
+    bool (*any_zero)(const float* data, std::size_t n);
 };
 
 const SingleKernels& single_kernels(CpuLevel level);

@@ -4,32 +4,23 @@
 namespace sorvo::audio {
 namespace {
 
-std::uint32_t largest(const float* data, std::size_t n) {
-    Magnitude magnitude;
-    std::size_t i = 0;
-    for (; i + lane_n <= n; i += lane_n) {
-        magnitude.see(load(data + i));
-    }
-    for (; i < n; ++i) {
-        magnitude.see(data[i]);
-    }
-    return magnitude.bits();
-}
-
 bool any_zero(const float* data, std::size_t n) {
-    unsigned found = 0;
-    std::size_t i = 0;
-    for (; i + lane_n <= n; i += lane_n) {
-        found |= static_cast<unsigned>(any_zero(load(data + i)));
+    constexpr std::size_t group = 4;
+    Pack smallest[group];
+    for (Pack& pack : smallest) {
+        pack = broadcast(1.0F);
     }
-    for (; i < n; ++i) {
-        found |= static_cast<unsigned>(data[i] == 0.0F);
+    for (std::size_t i = 0; i < n; i += group * lane_n) {
+        for (std::size_t j = 0; j < group; ++j) {
+            smallest[j] = smaller_magnitude(smallest[j], load(data + i + j * lane_n));
+        }
     }
-    return found != 0;
+    return any_zero(smaller_magnitude(smaller_magnitude(smallest[0], smallest[1]),
+                                      smaller_magnitude(smallest[2], smallest[3])));
 }
 
 constexpr SingleKernels make_single_kernels() {
-    return {largest, any_zero, single_real_pow2, single_inverse_pow2};
+    return {single_real_pow2, single_inverse_pow2, any_zero};
 }
 
 }  // namespace
