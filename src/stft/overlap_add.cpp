@@ -11,9 +11,10 @@ namespace sorvo::audio {
 
 bool lanes_pay(const SynthesisSource& source) {
     constexpr int shortest = 9;  // freq_n of 16
-    const int fft_n = 2 * source.freq_n - 2;
+    constexpr int longest = max_planned_n / 2 + 1;
     return source.frame_n > 1 && source.hop_n > 0 && source.freq_n > 2 &&
-           (!is_pow2(fft_n) || source.freq_n >= shortest) && fft_n <= max_planned_n;
+           source.freq_n <= longest &&
+           (!is_pow2(2 * source.freq_n - 2) || source.freq_n >= shortest);
 }
 
 OverlapAdd::OverlapAdd(float* dst, const SynthesisSource& source, const FftPlan& plan,
