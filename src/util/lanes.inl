@@ -27,7 +27,10 @@ constexpr std::size_t lane_n = 4;
 #endif
 
 using Pack = float __attribute__((vector_size(4 * lane_n)));
-using UnalignedPack = float __attribute__((vector_size(4 * lane_n), aligned(4), may_alias));
+// A typedef: in an alias declaration clang++ would leave the alignment out.
+// NOLINTNEXTLINE(modernize-use-using)
+typedef float UnalignedPack __attribute__((vector_size(4 * lane_n), aligned(4), may_alias));
+static_assert(alignof(UnalignedPack) == alignof(float));
 
 SORVO_INLINE Pack load(const float* p) {
     return *reinterpret_cast<const UnalignedPack*>(p);
