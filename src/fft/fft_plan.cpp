@@ -83,7 +83,7 @@ void FftPlan::plan_general(const std::vector<float>& table) {
         const bool fused = factors[i] == 2 && i + 1 < factors.size() && factors[i + 1] == 2;
         const std::size_t factor = fused ? fused_twos : factors[i];
         const std::size_t sub_n = length / factor;
-        stages_.push_back({factor, sub_n, n_ / length, nullptr});
+        stages_.push_back({factor, sub_n, n_ / length, nullptr});  // NOLINT: length is not 0
         starts.push_back(twiddles_.size());
         for (std::size_t k = 0; fused && k < sub_n; ++k) {
             // The inner stage of column k, then the outer ones of the columns k and k + sub_n that

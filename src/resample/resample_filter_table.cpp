@@ -30,9 +30,9 @@ Ratio reduced(int dst_sample_rate, int src_sample_rate) {
 /// Fails at once where the taps of `up` phases cannot be had. Without this a ratio of two large
 /// coprime rates would fill the machine's memory phase by phase before the first refusal.
 void require_memory(std::uint64_t up) {
-    constexpr std::uint64_t phase_bytes = sizeof(std::vector<double>) + 2 * sizeof(int) +
-                                          sizeof(TapGroups::Group) +
-                                          2 * ResampleFilterTable::tap_n * sizeof(double);
+    constexpr std::uint64_t phase_bytes =
+        sizeof(std::vector<double>) + 2 * sizeof(int) + sizeof(TapGroups::Group) +
+        std::size_t{2} * ResampleFilterTable::tap_n * sizeof(double);
     ::operator delete(::operator new(up* phase_bytes));
 }
 

@@ -28,7 +28,6 @@ constexpr std::size_t lane_n = 4;
 
 using Pack = float __attribute__((vector_size(4 * lane_n)));
 // A typedef: in an alias declaration clang++ would leave the alignment out.
-// NOLINTNEXTLINE(modernize-use-using)
 typedef float UnalignedPack __attribute__((vector_size(4 * lane_n), aligned(4), may_alias));
 static_assert(alignof(UnalignedPack) == alignof(float));
 
