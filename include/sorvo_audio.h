@@ -396,8 +396,8 @@ SORVO_AUDIO_API int sorvoAudioFilterFilter(float* dst, const float* src, const f
  * half an input sample before the last one are not computed: they are zero. Append two zeros to the
  * source to get them all.
  *
- * The filters of a ratio take 520 * up bytes and are kept: with coprime rates `up` is the target
- * rate.
+ * The filters of a ratio take somewhat over 1 KiB * up and are kept: with coprime rates `up` is the
+ * target rate.
  */
 SORVO_AUDIO_API int sorvoAudioResample(float* dst, const float* src, int dst_sample_rate, int dst_n,
                                        int src_sample_rate, int src_n);
