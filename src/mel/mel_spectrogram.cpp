@@ -74,20 +74,21 @@ void mel_spectrogram(float* dst, const FrameSource& source, int win_n, int win_t
     }
     const std::vector<MelBand>& bands = MFBTable::instance().ref_bands(
         mel.freq_n, mel.f_min, mel.f_max, mel.mel_n, mel.sample_rate, mel.mel_norm, mel.htk);
+    const auto form = power == 1.0F ? FrameSpectra::Form::roots : FrameSpectra::Form::squares;
     FrameSpectra spectra(source, FftTable::instance().ref_plan(source.fft_n), mel_frames.window,
-                         fft_norm_type, FrameSpectra::Form::squares, *kernels);
+                         fft_norm_type, form, *kernels);
     const MelKernels& mel_kernel = mel_kernels(kernels->level);
     const auto freq_n = static_cast<std::size_t>(mel.freq_n);
     const std::size_t block_n = spectra.block_n();
     for (std::size_t t = 0; t < frame_n; t += block_n) {
         const std::size_t n = std::min(block_n, frame_n - t);
-        if (!spectra.load(static_cast<std::int64_t>(t))) {
+        if (!spectra.load(static_cast<std::int64_t>(t), n)) {
             compute_frames(mel_frames, t, t + n);
             continue;
         }
-        float* const values = spectra.squares();
+        float* const values = spectra.rows(0);
         bool finite = true;
-        for (std::size_t k = 0; k < freq_n; ++k) {
+        for (std::size_t k = 0; power != 1.0F && power != 2.0F && k < freq_n; ++k) {
             float* const row = values + k * spectra.row_n();
             raise_to_power(row, row, n, power * 0.5F, kernels->level);
             // The squares are finite, but a high power of them may not be.

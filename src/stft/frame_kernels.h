@@ -18,7 +18,7 @@ struct FrameJob {
     std::size_t begin;
     std::size_t end;
     float scale;
-    float* out;  ///< rows of out_row floats, of which each frame has one
+    float* out;  ///< rows of out_row floats, of which each frame has one, or two if interleaved
     std::size_t out_row;
     std::size_t frame_n;  ///< a multiple of lane_n
     float* work;          ///< 2 n floats a lane, then work_scratch_n() floats a lane; aligned
@@ -29,10 +29,15 @@ inline std::size_t work_scratch_n(const FftPlanView& plan) {
     return 2 * (plan.base_n > plan.largest_factor ? plan.base_n : plan.largest_factor);
 }
 
-/// Whether there is a zero among the real or the imaginary parts.
-struct Zeros {
-    bool re;
-    bool im;
+/// Rows of values that are to be interleaved: row_n rows of n values. What follows the last row of
+/// dst is prefetched, never read.
+struct RowMove {
+    float* dst;
+    std::size_t dst_row;
+    const float* src;
+    std::size_t src_row;
+    std::size_t row_n;
+    std::size_t n;
 };
 
 struct FrameKernels {
@@ -44,18 +49,26 @@ struct FrameKernels {
     std::uint32_t (*transpose)(float* dst, std::size_t dst_row, const float* src, std::size_t hop_n,
                                std::size_t row_n, std::size_t column_n);
 
-    /// Row k: the squared modulus of bin k. Needs finite data, as do the next two.
+    /// Row k of `out`: the squared modulus of bin k, or its root. All from here on need finite
+    /// data.
     void (*squares)(const FrameJob& job);
+    void (*roots)(const FrameJob& job);
     /// Rows 2 k and 2 k + 1: the real and the imaginary part of bin k. A zero may have the wrong
     /// sign where n is a power of two.
     void (*spectra)(const FrameJob& job);
     /// The same with the right signs, for powers of two.
     void (*exact_spectra)(const FrameJob& job);
 
-    /// dst = re[0], im[0], re[1], im[1], ...
-    Zeros (*interleave)(float* dst, const float* re, const float* im, std::size_t n);
-    /// dst = re[0], 0, re[1], 0, ...
-    void (*interleave_zeros)(float* dst, const float* re, std::size_t n);
+    /// The same values as re, im of frame after frame in row k; squares and roots have an im of 0.
+    void (*interleaved_squares)(const FrameJob& job);
+    void (*interleaved_roots)(const FrameJob& job);
+    void (*interleaved_spectra)(const FrameJob& job);
+
+    /// Brings rows into that layout: rows 2 k and 2 k + 1, or row k alone. The first is true if
+    /// there is a zero whose sign may be wrong: any but the imaginary parts of the bins 0 and n /
+    /// 2, which are +0 for any signal.
+    bool (*interleave)(const RowMove& move);
+    void (*interleave_zeros)(const RowMove& move);
 };
 
 const FrameKernels& frame_kernels(CpuLevel level);

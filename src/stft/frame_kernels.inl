@@ -1,4 +1,5 @@
 // The kernels of frame_kernels.h for the level of the including translation unit.
+#include "elementwise/lane_root.inl"
 #include "fft/lane_fft_general.inl"
 #include "fft/lane_fft_pow2.inl"
 #include "fft/lane_moves.inl"
@@ -20,7 +21,10 @@ struct WindowedSamples {
     }
 };
 
-struct SquareSink {
+/// Sinks of two layouts: a row for each value, or, `interleaved`, a row of re, im, re, im, ... Real
+/// values have an im of 0 there.
+template <bool interleaved, bool root>
+struct PowerSink {
     static constexpr bool all_bins = false;
 
     float* out;
@@ -30,10 +34,29 @@ struct SquareSink {
     SORVO_INLINE void operator()(std::size_t bin, Complex value) const {
         const Pack re = value.re * scale;
         const Pack im = value.im * scale;
-        store(out + bin * row, im * im + re * re);
+        const Pack square = im * im + re * re;
+        float* const dst = out + bin * row;
+        if (root) {
+            const Root found = find_root(square);
+            put(dst, found.value);
+            if (__builtin_expect(found.doubt != 0, 0)) {
+                ask_for_roots(dst, interleaved ? 2 : 1, square, found.doubt);
+            }
+        } else {
+            put(dst, square);
+        }
+    }
+
+    SORVO_INLINE static void put(float* dst, Pack value) {
+        if (interleaved) {
+            store_interleaved(dst, value, Pack{});
+        } else {
+            store(dst, value);
+        }
     }
 };
 
+template <bool interleaved>
 struct ComplexSink {
     static constexpr bool all_bins = false;
 
@@ -42,8 +65,14 @@ struct ComplexSink {
     float scale;
 
     SORVO_INLINE void operator()(std::size_t bin, Complex value) const {
-        store(out + 2 * bin * row, value.re * scale);
-        store(out + (2 * bin + 1) * row, value.im * scale);
+        const Pack re = value.re * scale;
+        const Pack im = value.im * scale;
+        if (interleaved) {
+            store_interleaved(out + bin * row, re, im);
+        } else {
+            store(out + 2 * bin * row, re);
+            store(out + (2 * bin + 1) * row, im);
+        }
     }
 };
 
@@ -55,11 +84,11 @@ void for_each_tile(const FrameJob& job, Transform transform) {
     }
 }
 
-template <class Sink>
+template <class Sink, bool interleaved>
 void transform_tiles(const FrameJob& job) {
     const FftPlanView& plan = job.plan;
     for_each_tile(job, [&](std::size_t t, Pack* work, const WindowedSamples& input) {
-        const Sink sink = {job.out + t, job.out_row, job.scale};
+        const Sink sink = {job.out + (interleaved ? 2 * t : t), job.out_row, job.scale};
         if (plan.base_n == 0) {
             real_transform(work, plan, input, sink);
         } else {
@@ -68,16 +97,28 @@ void transform_tiles(const FrameJob& job) {
     });
 }
 
+template <bool interleaved, bool root>
+void powers(const FrameJob& job) {
+    transform_tiles<PowerSink<interleaved, root>, interleaved>(job);
+}
+
+template <bool interleaved>
+void spectra(const FrameJob& job) {
+    transform_tiles<ComplexSink<interleaved>, interleaved>(job);
+}
+
 void exact_spectra(const FrameJob& job) {
     for_each_tile(job, [&](std::size_t t, Pack* work, const WindowedSamples& input) {
         const auto windowed = [&](std::size_t i) {  // x * 0 could be -0
             return i >= job.begin && i < job.end ? input(i) : Pack{};
         };
-        exact_transform(work, job.plan, windowed, ComplexSink{job.out + t, job.out_row, job.scale});
+        exact_transform(work, job.plan, windowed,
+                        ComplexSink<false>{job.out + t, job.out_row, job.scale});
     });
 }
 
-/// Blocks of 4 rows and lane_n columns; the last of either direction overlap the ones before.
+/// Blocks of 4 rows and lane_n columns; the last of either direction overlap the ones before. The
+/// samples of lane_n columns are short pieces of many lines: nothing but a prefetch foresees them.
 std::uint32_t transpose(float* dst, std::size_t dst_row, const float* src, std::size_t hop_n,
                         std::size_t row_n, std::size_t column_n) {
     Magnitude magnitude;
@@ -86,6 +127,9 @@ std::uint32_t transpose(float* dst, std::size_t dst_row, const float* src, std::
         const float* const from = src + c * hop_n;
         for (std::size_t row = 0; row < row_n && row_n >= 4; row += 4) {
             const std::size_t r = row + 4 <= row_n ? row : row_n - 4;
+            for (std::size_t i = 0; i < lane_n && row % 16 == 0; ++i) {
+                __builtin_prefetch(from + (lane_n + i) * hop_n + r);
+            }
             Pack rows[4];
             for (std::size_t i = 0; i < 4; ++i) {
                 rows[i] = load_columns(from + i * hop_n + r, hop_n);
@@ -107,33 +151,54 @@ std::uint32_t transpose(float* dst, std::size_t dst_row, const float* src, std::
     return magnitude.bits();
 }
 
-Zeros interleave(float* dst, const float* re, const float* im, std::size_t n) {
-    Zeros zeros = {false, false};
-    std::size_t i = 0;
-    for (; i + lane_n <= n; i += lane_n) {
-        const Pack a = load(re + i);
-        const Pack b = load(im + i);
-        zeros.re = any_zero(a) || zeros.re;
-        zeros.im = any_zero(b) || zeros.im;
-        store_interleaved(dst + 2 * i, a, b);
+/// Rows are far apart, so that no hardware prefetcher foresees the next: asks for one further on.
+SORVO_INLINE void prefetch_row(const float* row, std::size_t row_step, std::size_t n) {
+    constexpr std::size_t ahead = 12;
+    constexpr std::size_t line = 16;
+    for (std::size_t i = 0; i < n + line; i += line) {
+        __builtin_prefetch(row + ahead * row_step + i, 1);
     }
-    for (; i < n; ++i) {
-        zeros.re = re[i] == 0.0F || zeros.re;
-        zeros.im = im[i] == 0.0F || zeros.im;
-        dst[2 * i] = re[i];
-        dst[2 * i + 1] = im[i];
-    }
-    return zeros;
 }
 
-void interleave_zeros(float* dst, const float* re, std::size_t n) {
-    std::size_t i = 0;
-    for (; i + lane_n <= n; i += lane_n) {
-        store_with_zeros(dst + 2 * i, re + i);
+bool interleave(const RowMove& move) {
+    Pack smallest = broadcast(1.0F);
+    bool zero = false;
+    for (std::size_t k = 0; k < move.row_n; ++k) {
+        const float* const re = move.src + 2 * k * move.src_row;
+        const float* const im = re + move.src_row;
+        float* const dst = move.dst + k * move.dst_row;
+        const bool real = k == 0 || k + 1 == move.row_n;
+        prefetch_row(dst, move.dst_row, 2 * move.n);
+        std::size_t i = 0;
+        for (; i + lane_n <= move.n; i += lane_n) {
+            const Pack a = load(re + i);
+            const Pack b = load(im + i);
+            store_interleaved(dst + 2 * i, a, b);
+            smallest = smaller_magnitude(smallest, a);
+            smallest = real ? smallest : smaller_magnitude(smallest, b);
+        }
+        for (; i < move.n; ++i) {
+            dst[2 * i] = re[i];
+            dst[2 * i + 1] = im[i];
+            zero = zero || re[i] == 0.0F || (im[i] == 0.0F && !real);
+        }
     }
-    for (; i < n; ++i) {
-        dst[2 * i] = re[i];
-        dst[2 * i + 1] = 0.0F;
+    return zero || any_zero(smallest);
+}
+
+void interleave_zeros(const RowMove& move) {
+    for (std::size_t k = 0; k < move.row_n; ++k) {
+        const float* const re = move.src + k * move.src_row;
+        float* const dst = move.dst + k * move.dst_row;
+        prefetch_row(dst, move.dst_row, 2 * move.n);
+        std::size_t i = 0;
+        for (; i + lane_n <= move.n; i += lane_n) {
+            store_with_zeros(dst + 2 * i, re + i);
+        }
+        for (; i < move.n; ++i) {
+            dst[2 * i] = re[i];
+            dst[2 * i + 1] = 0.0F;
+        }
     }
 }
 
@@ -141,9 +206,13 @@ constexpr FrameKernels make_frame_kernels(CpuLevel level) {
     return {level,
             lane_n,
             transpose,
-            transform_tiles<SquareSink>,
-            transform_tiles<ComplexSink>,
+            powers<false, false>,
+            powers<false, true>,
+            spectra<false>,
             exact_spectra,
+            powers<true, false>,
+            powers<true, true>,
+            spectra<true>,
             interleave,
             interleave_zeros};
 }

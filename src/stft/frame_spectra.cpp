@@ -35,77 +35,92 @@ FrameSpectra::FrameSpectra(const FrameSource& source, const FftPlan& plan,
                            const FrameKernels& kernels)
     : source_(source),
       kernels_(kernels),
+      form_(form),
       rows_(static_cast<std::size_t>(std::min(source.hop_n, source.fft_n))),
-      columns_(block_frames(source.fft_n) + (static_cast<std::size_t>(source.fft_n) - 1) / rows_),
+      overlap_((static_cast<std::size_t>(source.fft_n) - 1) / rows_),
+      block_n_(std::min(block_frames(source.fft_n),
+                        whole_packs(static_cast<std::size_t>(source.frame_n)))),
       limit_(0.0F),
       offsets_(static_cast<std::size_t>(source.fft_n)),
       window_(static_cast<std::size_t>(source.fft_n), 1.0F),
-      workspace_({transposed_n(), work_n(plan.view()), out_n(form)}),
+      workspace_({transposed_n(), work_n(plan.view()), out_n()}),
       transposed_(workspace_.take(transposed_n())),
       job_{} {
     apply_window(window_, window);
     const WindowSpan span(source.fft_n, static_cast<std::ptrdiff_t>(window.size()));
     for (std::size_t i = 0; i < offsets_.size(); ++i) {
-        offsets_[i] = static_cast<std::uint32_t>(i % rows_ * odd_lines(columns_) + i / rows_);
+        offsets_[i] = static_cast<std::uint32_t>(i % rows_ * transposed_row() + i / rows_);
     }
     job_.plan = plan.view();
-    job_.samples = transposed_;
     job_.offsets = offsets_.data();
     job_.window = window_.data();
     job_.begin = static_cast<std::size_t>(span.begin);
     job_.end = static_cast<std::size_t>(span.cleared);
     job_.scale = scale_factor(window, source.fft_n, norm_type);
-    job_.frame_n = block_frames(source.fft_n);
-    job_.out_row = odd_lines(job_.frame_n);
+    job_.out_row = odd_lines(block_n_);
     job_.work = workspace_.take(work_n(job_.plan));
-    job_.out = workspace_.take(out_n(form));
+    job_.out = workspace_.take(out_n());
     // Below it neither the sums of a transform nor their squares reach the largest float.
     limit_ = 1e18F / (static_cast<float>(source.fft_n) * std::max(job_.scale, 1.0F));
 }
 
+std::size_t FrameSpectra::whole_packs(std::size_t frame_n) const {
+    // At least 16: fewer columns cannot be transposed at any level.
+    const std::size_t pack = std::max<std::size_t>(kernels_.lane_n, 16);
+    return (frame_n + pack - 1) / pack * pack;
+}
+
+std::size_t FrameSpectra::transposed_row() const {
+    return odd_lines(block_n_ + overlap_);
+}
+
 std::size_t FrameSpectra::transposed_n() const {
-    return rows_ * odd_lines(columns_);
+    return rows_ * transposed_row();
 }
 
 std::size_t FrameSpectra::work_n(const FftPlanView& plan) const {
     return kernels_.lane_n * (2 * plan.n + work_scratch_n(plan));
 }
 
-std::size_t FrameSpectra::out_n(Form form) const {
+std::size_t FrameSpectra::out_n() const {
     const std::size_t freq_n = static_cast<std::size_t>(source_.fft_n) / 2 + 1;
-    return (form == Form::squares ? 1 : 2) * freq_n * odd_lines(block_frames(source_.fft_n));
+    return (form_ == Form::complex_values ? 2 : 1) * freq_n * odd_lines(block_n_);
 }
 
-bool FrameSpectra::load(std::int64_t t) {
+bool FrameSpectra::load(std::int64_t t, std::size_t n) {
+    loaded_n_ = n;
+    const std::size_t column_n = whole_packs(n) + overlap_;
     const std::int64_t pad = source_.center == 0 ? 0 : source_.fft_n / 2;
     const std::int64_t first = t * source_.hop_n - pad;
-    const std::int64_t end = first + static_cast<std::int64_t>(columns_ - 1) * source_.hop_n +
+    const std::int64_t end = first + static_cast<std::int64_t>(column_n - 1) * source_.hop_n +
                              static_cast<std::int64_t>(rows_);
     const float* from = source_.src + first;
     auto hop = static_cast<std::size_t>(source_.hop_n);
     if (first < 0 || end > source_.sample_n) {
-        extend(t, first);
+        extend(t, first, column_n);
         from = extended_.data();
         hop = rows_;
     }
     const std::uint32_t largest =
-        kernels_.transpose(transposed_, odd_lines(columns_), from, hop, rows_, columns_);
+        kernels_.transpose(transposed_, transposed_row(), from, hop, rows_, column_n);
     float magnitude = 0.0F;
     std::memcpy(&magnitude, &largest, sizeof magnitude);
     return magnitude < limit_;
 }
 
-/// The block's samples, of which some lie outside the signal.
-void FrameSpectra::extend(std::int64_t t, std::int64_t first) {
-    extended_.resize(rows_ * columns_);
+/// The block's samples, of which some lie outside the signal; zeros behind the loaded frames.
+void FrameSpectra::extend(std::int64_t t, std::int64_t first, std::size_t column_n) {
     if (rows_ == static_cast<std::size_t>(source_.hop_n)) {
+        extended_.resize((loaded_n_ - 1) * rows_ + static_cast<std::size_t>(source_.fft_n));
         extract_segment(extended_, source_.src, source_.sample_n, first,
                         source_.center == 1 ? Extension::reflect : Extension::zeros);
+        extended_.resize(rows_ * column_n);
         return;
     }
     // Frames with gaps in between: each by itself.
+    extended_.assign(rows_ * column_n, 0.0F);
     std::vector<float> frame(rows_);
-    for (std::size_t i = 0; i < job_.frame_n; ++i) {
+    for (std::size_t i = 0; i < loaded_n_; ++i) {
         extract_frame(frame, source_.src, source_.sample_n, t + static_cast<std::int64_t>(i),
                       source_.hop_n, source_.center);
         std::copy(frame.begin(), frame.end(),
@@ -113,19 +128,49 @@ void FrameSpectra::extend(std::int64_t t, std::int64_t first) {
     }
 }
 
-float* FrameSpectra::squares() {
-    kernels_.squares(job_);
+FrameJob FrameSpectra::job_from(std::size_t first) const {
+    FrameJob job = job_;
+    job.samples = transposed_ + first;
+    job.frame_n = (loaded_n_ - first + kernels_.lane_n - 1) / kernels_.lane_n * kernels_.lane_n;
+    return job;
+}
+
+float* FrameSpectra::rows(std::size_t first) {
+    const FrameJob job = job_from(first);
+    switch (form_) {
+        case Form::squares:
+            kernels_.squares(job);
+            break;
+        case Form::roots:
+            kernels_.roots(job);
+            break;
+        case Form::complex_values:
+            kernels_.spectra(job);
+    }
+    return job.out;
+}
+
+const float* FrameSpectra::exact_rows(std::size_t first) {
+    kernels_.exact_spectra(job_from(first));
     return job_.out;
 }
 
-const float* FrameSpectra::spectra() {
-    kernels_.spectra(job_);
-    return job_.out;
-}
-
-const float* FrameSpectra::exact_spectra() {
-    kernels_.exact_spectra(job_);
-    return job_.out;
+std::size_t FrameSpectra::write(float* dst, std::size_t dst_row) {
+    FrameJob job = job_from(0);
+    job.frame_n = loaded_n_ / kernels_.lane_n * kernels_.lane_n;
+    job.out = dst;
+    job.out_row = dst_row;
+    switch (form_) {
+        case Form::squares:
+            kernels_.interleaved_squares(job);
+            break;
+        case Form::roots:
+            kernels_.interleaved_roots(job);
+            break;
+        case Form::complex_values:
+            kernels_.interleaved_spectra(job);
+    }
+    return job.frame_n;
 }
 
 }  // namespace sorvo::audio

@@ -23,43 +23,53 @@ struct FrameSource {
 /// True where FrameSpectra is faster than one frame at a time.
 bool lanes_pay(const FrameSource& source);
 
-/// Holds the spectra of block_n() frames: bins 0 ... fft_n / 2, as stft_core makes them. The
+/// Makes the spectra of blocks of frames: bins 0 ... fft_n / 2, as stft_core makes them. The
 /// storage does not grow with the signal.
 class FrameSpectra {
   public:
-    enum class Form { squares, complex_values };
+    enum class Form { squares, roots, complex_values };
 
     FrameSpectra(const FrameSource& source, const FftPlan& plan, const std::vector<float>& window,
                  int norm_type, Form form, const FrameKernels& kernels);
     FrameSpectra(const FrameSpectra&) = delete;
     FrameSpectra& operator=(const FrameSpectra&) = delete;
 
-    std::size_t block_n() const { return job_.frame_n; }
-    /// Distance of two rows of results, of which the first block_n() values count.
+    /// The most frames of a block.
+    std::size_t block_n() const { return block_n_; }
+
+    /// Loads the frames t ... t + n - 1. False if their samples are not finite or so large that a
+    /// sum might overflow: what the kernels leave out would then count, and the frames have to be
+    /// computed one by one.
+    bool load(std::int64_t t, std::size_t n);
+
+    /// The loaded frames from `first` on, in rows of row_n() floats, of which those past the last
+    /// frame are unspecified: squares and roots [bin][row_n()], complex values
+    /// [bin][re, im][row_n()]. See FrameKernels about the sign of a zero.
+    float* rows(std::size_t first);
+    const float* exact_rows(std::size_t first);
     std::size_t row_n() const { return job_.out_row; }
 
-    /// Loads the frames t ... t + block_n() - 1; those past the last are unspecified. False if
-    /// their samples are not finite or so large that a sum might overflow: what the kernels leave
-    /// out would then count, and the frames have to be computed one by one.
-    bool load(std::int64_t t);
-
-    /// Form::squares: squared moduli of the loaded frames, [bin][row_n()].
-    float* squares();
-    /// Form::complex_values: [bin][re, im][row_n()]; see FrameKernels about the sign of a zero.
-    const float* spectra();
-    const float* exact_spectra();
+    /// The same values as re, im at dst[bin * dst_row + 2 * frame], of so many of the loaded frames
+    /// as fill whole packs: returns how many.
+    std::size_t write(float* dst, std::size_t dst_row);
 
   private:
+    std::size_t whole_packs(std::size_t frame_n) const;
+    std::size_t transposed_row() const;
     std::size_t transposed_n() const;
     std::size_t work_n(const FftPlanView& plan) const;
-    std::size_t out_n(Form form) const;
-    void extend(std::int64_t t, std::int64_t first);
+    std::size_t out_n() const;
+    void extend(std::int64_t t, std::int64_t first, std::size_t column_n);
+    FrameJob job_from(std::size_t first) const;
 
     FrameSource source_;
     const FrameKernels& kernels_;
+    Form form_;
     std::size_t rows_;     ///< of the transposed signal: the samples from frame to frame
-    std::size_t columns_;  ///< the frames of the block and those into which their samples reach
-    float limit_;          ///< of |sample|
+    std::size_t overlap_;  ///< how many frames further on the samples of a frame reach
+    std::size_t block_n_;
+    std::size_t loaded_n_ = 0;
+    float limit_;  ///< of |sample|
     std::vector<std::uint32_t> offsets_;
     std::vector<float> window_;
     std::vector<float> extended_;

@@ -47,40 +47,34 @@ void compute_frames(const Spectrogram& out, const FrameSource& source,
     }
 }
 
-/// Rows are far apart, so that no hardware prefetcher foresees the next: asks for one further on.
-void prefetch_row(const Spectrogram& out, std::size_t k, std::size_t freq_n, std::size_t t,
-                  std::size_t frame_n) {
-    constexpr std::size_t ahead = 12;
-    constexpr std::size_t line = 16;
-    for (std::size_t i = 0; k + ahead < freq_n && i < 2 * frame_n + line; i += line) {
-        __builtin_prefetch(out.row(k + ahead, t) + i, 1);
+/// What the kernels make; other powers are raised afterwards, from the squares.
+FrameSpectra::Form form_of(float power) {
+    if (!(power > 0.0F)) {
+        return FrameSpectra::Form::complex_values;
     }
+    return power == 1.0F ? FrameSpectra::Form::roots : FrameSpectra::Form::squares;
 }
 
-void write_powers(const Spectrogram& out, FrameSpectra& spectra, const FrameKernels& kernels,
-                  std::size_t freq_n, std::size_t t, std::size_t frame_n) {
-    float* const values = spectra.squares();
-    for (std::size_t k = 0; k < freq_n; ++k) {
-        float* const row = values + k * spectra.row_n();
-        prefetch_row(out, k, freq_n, t, frame_n);
-        raise_to_power(row, row, frame_n, out.power * 0.5F, kernels.level);
-        kernels.interleave_zeros(out.row(k, t), row, frame_n);
-    }
+/// Where bins are few and come in order, the kernels write right into the spectrogram, and memory
+/// is waited for while they compute. More rows than that, or rows in the order of a power of two,
+/// push one another out of the caches: whole blocks are then written row by row.
+bool writes_right_away(int fft_n, float power) {
+    return fft_n <= 512 && !is_pow2(fft_n) && (power <= 0.0F || power == 1.0F || power == 2.0F);
 }
 
-/// True if there is a zero whose sign the kernel might have missed: any but the imaginary parts of
-/// the bins 0 and fft_n / 2, which are +0 for any signal.
-bool write_complex(const Spectrogram& out, const float* values, std::size_t row_n,
-                   const FrameKernels& kernels, std::size_t freq_n, std::size_t t,
-                   std::size_t frame_n) {
-    bool doubtful = false;
-    for (std::size_t k = 0; k < freq_n; ++k) {
-        const float* const re = values + 2 * k * row_n;
-        prefetch_row(out, k, freq_n, t, frame_n);
-        const Zeros zeros = kernels.interleave(out.row(k, t), re, re + row_n, frame_n);
-        doubtful = doubtful || zeros.re || (zeros.im && k != 0 && k + 1 != freq_n);
+/// Brings rows of the kernels into the spectrogram, raised to its power. False if there is a zero
+/// whose sign may be wrong.
+bool write_rows(const Spectrogram& out, const RowMove& move, float* rows,
+                const FrameKernels& kernels) {
+    if (!(out.power > 0.0F)) {
+        return !kernels.interleave(move);
     }
-    return doubtful;
+    for (std::size_t k = 0; out.power != 1.0F && k < move.row_n; ++k) {
+        float* const row = rows + k * move.src_row;
+        raise_to_power(row, row, move.n, out.power * 0.5F, kernels.level);
+    }
+    kernels.interleave_zeros(move);
+    return true;
 }
 
 }  // namespace
@@ -99,19 +93,26 @@ void spectrogram(float* dst, const FrameSource& source, int win_n, int win_type,
         return;
     }
     const FftPlan& plan = FftTable::instance().ref_plan(source.fft_n);
-    const auto form =
-        power > 0.0F ? FrameSpectra::Form::squares : FrameSpectra::Form::complex_values;
-    FrameSpectra spectra(source, plan, window, norm_type, form, *kernels);
+    FrameSpectra spectra(source, plan, window, norm_type, form_of(power), *kernels);
     const std::size_t freq_n = static_cast<std::size_t>(source.fft_n) / 2 + 1;
+    const bool right_away = writes_right_away(source.fft_n, power);
     for (std::size_t t = 0; t < frame_n; t += spectra.block_n()) {
         const std::size_t n = std::min(spectra.block_n(), frame_n - t);
-        if (!spectra.load(static_cast<std::int64_t>(t))) {
+        if (!spectra.load(static_cast<std::int64_t>(t), n)) {
             compute_frames(out, source, fft_table, t, t + n);
-        } else if (power > 0.0F) {
-            write_powers(out, spectra, *kernels, freq_n, t, n);
-        } else if (write_complex(out, spectra.spectra(), spectra.row_n(), *kernels, freq_n, t, n) &&
-                   is_pow2(source.fft_n)) {
-            write_complex(out, spectra.exact_spectra(), spectra.row_n(), *kernels, freq_n, t, n);
+            continue;
+        }
+        const std::size_t written =
+            right_away ? spectra.write(out.row(0, t), 2 * out.frame_row) : 0;
+        if (written == n) {
+            continue;
+        }
+        float* const rows = spectra.rows(written);
+        RowMove move = {
+            out.row(0, t + written), 2 * out.frame_row, rows, spectra.row_n(), freq_n, n - written};
+        if (!write_rows(out, move, rows, *kernels) && is_pow2(source.fft_n)) {
+            move.src = spectra.exact_rows(written);
+            kernels->interleave(move);
         }
     }
 }
