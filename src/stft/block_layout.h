@@ -18,4 +18,15 @@ constexpr std::size_t odd_lines(std::size_t n) {
     return ((n + line - 1) / line | 1) * line;
 }
 
+/// Rows of n values, brought from one layout to another. What follows the last row may be
+/// prefetched but is not touched.
+struct RowMove {
+    float* dst;
+    std::size_t dst_row;
+    const float* src;
+    std::size_t src_row;
+    std::size_t row_n;
+    std::size_t n;
+};
+
 }  // namespace sorvo::audio

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "fft/fft_plan.h"
+#include "stft/block_layout.h"
 #include "util/cpu.h"
 
 namespace sorvo::audio {
@@ -28,17 +29,6 @@ struct FrameJob {
 inline std::size_t work_scratch_n(const FftPlanView& plan) {
     return 2 * (plan.base_n > plan.largest_factor ? plan.base_n : plan.largest_factor);
 }
-
-/// Rows of values that are to be interleaved: row_n rows of n values. What follows the last row of
-/// dst is prefetched, never read.
-struct RowMove {
-    float* dst;
-    std::size_t dst_row;
-    const float* src;
-    std::size_t src_row;
-    std::size_t row_n;
-    std::size_t n;
-};
 
 struct FrameKernels {
     CpuLevel level;

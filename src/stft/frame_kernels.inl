@@ -151,15 +151,6 @@ std::uint32_t transpose(float* dst, std::size_t dst_row, const float* src, std::
     return magnitude.bits();
 }
 
-/// Rows are far apart, so that no hardware prefetcher foresees the next: asks for one further on.
-SORVO_INLINE void prefetch_row(const float* row, std::size_t row_step, std::size_t n) {
-    constexpr std::size_t ahead = 12;
-    constexpr std::size_t line = 16;
-    for (std::size_t i = 0; i < n + line; i += line) {
-        __builtin_prefetch(row + ahead * row_step + i, 1);
-    }
-}
-
 bool interleave(const RowMove& move) {
     Pack smallest = broadcast(1.0F);
     bool zero = false;
@@ -168,7 +159,7 @@ bool interleave(const RowMove& move) {
         const float* const im = re + move.src_row;
         float* const dst = move.dst + k * move.dst_row;
         const bool real = k == 0 || k + 1 == move.row_n;
-        prefetch_row(dst, move.dst_row, 2 * move.n);
+        prefetch_row<true>(dst, move.dst_row, 2 * move.n);
         std::size_t i = 0;
         for (; i + lane_n <= move.n; i += lane_n) {
             const Pack a = load(re + i);
@@ -190,7 +181,7 @@ void interleave_zeros(const RowMove& move) {
     for (std::size_t k = 0; k < move.row_n; ++k) {
         const float* const re = move.src + k * move.src_row;
         float* const dst = move.dst + k * move.dst_row;
-        prefetch_row(dst, move.dst_row, 2 * move.n);
+        prefetch_row<true>(dst, move.dst_row, 2 * move.n);
         std::size_t i = 0;
         for (; i + lane_n <= move.n; i += lane_n) {
             store_with_zeros(dst + 2 * i, re + i);

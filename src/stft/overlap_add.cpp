@@ -87,23 +87,10 @@ void OverlapAdd::run(const PlainFrame& plain_frame) {
 /// Spectra of frames t ... t + frame_n - 1; those that fill the last pack are zeros, which add
 /// nothing.
 bool OverlapAdd::load(std::size_t t, std::size_t frame_n) {
-    std::uint32_t largest = 0;
     const auto row = 2 * static_cast<std::size_t>(source_.frame_n);
-    const std::size_t padded = (frame_n + kernels_.lane_n - 1) / kernels_.lane_n * kernels_.lane_n;
-    for (std::size_t k = 0; k < static_cast<std::size_t>(source_.freq_n); ++k) {
-        float* const re = spectra_ + 2 * k * job_.row;
-        float* const im = re + job_.row;
-        const float* const from = source_.src + k * row + 2 * t;
-        constexpr std::size_t line = 16;
-        for (std::size_t i = 0;
-             k + 12 < static_cast<std::size_t>(source_.freq_n) && i < 2 * frame_n + line;
-             i += line) {
-            __builtin_prefetch(from + 12 * row + i);
-        }
-        largest = std::max(largest, kernels_.separate(re, im, from, frame_n));
-        std::fill(re + frame_n, re + padded, 0.0F);
-        std::fill(im + frame_n, im + padded, 0.0F);
-    }
+    const std::uint32_t largest =
+        kernels_.separate({spectra_, job_.row, source_.src + 2 * t, row,
+                           static_cast<std::size_t>(source_.freq_n), frame_n});
     float magnitude = 0.0F;
     std::memcpy(&magnitude, &largest, sizeof magnitude);
     return magnitude < 1e37F / static_cast<float>(fft_n_);

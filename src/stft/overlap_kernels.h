@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "fft/fft_plan.h"
+#include "stft/block_layout.h"
 #include "util/cpu.h"
 
 namespace sorvo::audio {
@@ -23,9 +24,9 @@ struct SynthesisJob {
 struct OverlapKernels {
     std::size_t lane_n;
 
-    /// re[i], im[i] = src[2 i], src[2 i + 1]. The result is the bit pattern of the largest
-    /// magnitude, NaN being above infinity.
-    std::uint32_t (*separate)(float* re, float* im, const float* src, std::size_t n);
+    /// Rows of re, im, re, im, ... to rows 2 k and 2 k + 1, filled up with zeros to whole packs.
+    /// The result is the bit pattern of the largest magnitude, NaN being above infinity.
+    std::uint32_t (*separate)(const RowMove& move);
 
     /// Finite data only; the sign of a zero may be wrong.
     void (*synthesize)(const SynthesisJob& job);

@@ -24,7 +24,7 @@ struct HermitianBins {
 };
 
 /// Divides by the length of the transform, weights, scales: real parts alone.
-template <bool by_reciprocal>
+template <bool pow2>
 struct WindowSink {
     static constexpr bool all_bins = true;
 
@@ -34,7 +34,7 @@ struct WindowSink {
     float factor;
 
     SORVO_INLINE void operator()(std::size_t i, Complex value) const {
-        const Pack sample = by_reciprocal ? value.re * divisor : value.re / divisor;
+        const Pack sample = pow2 ? value.re * divisor : value.re / divisor;
         frames[i] = sample * window[i] * factor;
     }
 };
@@ -57,21 +57,27 @@ void synthesize(const SynthesisJob& job) {
     }
 }
 
-std::uint32_t separate(float* re, float* im, const float* src, std::size_t n) {
+std::uint32_t separate(const RowMove& move) {
     Magnitude magnitude;
-    std::size_t i = 0;
-    for (; i + lane_n <= n; i += lane_n) {
-        const Pack low = load(src + 2 * i);
-        const Pack high = load(src + 2 * i + lane_n);
-        magnitude.see(low);
-        magnitude.see(high);
-        store_separated(re + i, im + i, low, high);
-    }
-    for (; i < n; ++i) {
-        magnitude.see(src[2 * i]);
-        magnitude.see(src[2 * i + 1]);
-        re[i] = src[2 * i];
-        im[i] = src[2 * i + 1];
+    for (std::size_t k = 0; k < move.row_n; ++k) {
+        const float* const src = move.src + k * move.src_row;
+        float* const re = move.dst + 2 * k * move.dst_row;
+        float* const im = re + move.dst_row;
+        prefetch_row<false>(src, move.src_row, 2 * move.n);
+        std::size_t i = 0;
+        for (; i + lane_n <= move.n; i += lane_n) {
+            const Pack low = load(src + 2 * i);
+            const Pack high = load(src + 2 * i + lane_n);
+            magnitude.see(low);
+            magnitude.see(high);
+            store_separated(re + i, im + i, low, high);
+        }
+        for (; i % lane_n != 0 || i < move.n; ++i) {
+            re[i] = i < move.n ? src[2 * i] : 0.0F;
+            im[i] = i < move.n ? src[2 * i + 1] : 0.0F;
+            magnitude.see(re[i]);
+            magnitude.see(im[i]);
+        }
     }
     return magnitude.bits();
 }
@@ -112,7 +118,7 @@ void transpose_back(float* dst, std::size_t hop_n, const float* src, std::size_t
     }
 }
 
-void divide(float* dst, const float* src, const float* divisors, std::size_t n) {
+void divide_all(float* dst, const float* src, const float* divisors, std::size_t n) {
     std::size_t i = 0;
     for (; i + lane_n <= n; i += lane_n) {
         store(dst + i, load(src + i) / load(divisors + i));
@@ -123,7 +129,7 @@ void divide(float* dst, const float* src, const float* divisors, std::size_t n) 
 }
 
 constexpr OverlapKernels make_overlap_kernels() {
-    return {lane_n, separate, synthesize, overlap_add, transpose_back, divide};
+    return {lane_n, separate, synthesize, overlap_add, transpose_back, divide_all};
 }
 
 }  // namespace
