@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <functional>
 #include <utility>
 #include <vector>
 
 #include "filter/coefficients.h"
 #include "filter/linerfilter.h"
+#include "filter/settling.h"
 #include "filter/zi_coef.h"
 #include "stft/framing.h"
 #include "util/exceptions.h"
@@ -79,60 +82,141 @@ class ExtendedSignal {
     std::vector<float> tail_;
 };
 
-/// Where a pass is so fast that a third one costs less than the memory for a whole signal of
-/// doubles, the forward pass only notes its state at these distances, and each section is filtered
-/// again when the backward pass needs it.
+/// Samples of a section, few enough for the cache.
 constexpr std::size_t section_n = 65536;
+/// Looking further ahead of a section would cost too much.
+constexpr std::size_t max_ahead_n = section_n / 16;
+
+using State = std::vector<double>;
+
+/// A part of the extended signal.
+struct Section {
+    std::size_t begin;
+    std::size_t end;
+    State forward;   ///< of the forward pass at the begin
+    State backward;  ///< of the backward pass at the end, perhaps guessed
+    State left;      ///< of the backward pass at the begin
+};
+
+bool equal_bits(const State& a, const State& b) {
+    return a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
+}
+
+bool overlap(const float* a, std::size_t a_n, const float* b, std::size_t b_n) {
+    const std::less<const float*> before;
+    return before(a, b + b_n) && before(b, a + a_n);
+}
+
+/// The two passes over sections of a signal. Positions are those of the extended signal, of which
+/// the samples from dst_begin on make the result.
+class Passes {
+  public:
+    Passes(float* dst, std::size_t dst_begin, std::size_t dst_end, const ExtendedSignal& x,
+           const FilterCoefficients& coef, std::size_t max_section_n, CpuLevel level)
+        : dst_(dst),
+          dst_begin_(dst_begin),
+          dst_end_(dst_end),
+          x_(x),
+          coef_(coef),
+          level_(level),
+          y_(make_zeros<double>(max_section_n)) {}
+
+    /// Where the section begins whose samples are filtered.
+    void move_to(std::size_t begin) { begin_ = begin; }
+
+    void run_forward(std::size_t begin, std::size_t end, State& state) {
+        x_.for_each_piece(begin, end, [&](const float* piece, std::size_t first, std::size_t n) {
+            run_filter(&forward_output(first), piece, coef_, state.data(), n, false, level_);
+        });
+    }
+
+    double& forward_output(std::size_t position) { return y_[position - begin_]; }
+
+    /// To dst what belongs there.
+    void run_backward(std::size_t begin, std::size_t end, State& state) {
+        const std::size_t kept_end = std::clamp(dst_end_, begin, end);
+        const std::size_t kept_begin = std::clamp(dst_begin_, begin, kept_end);
+        run_backward_in_place(kept_end, end, state);
+        if (kept_begin < kept_end) {
+            run_filter(dst_ + (kept_begin - dst_begin_), &forward_output(kept_begin), coef_,
+                       state.data(), kept_end - kept_begin, true, level_);
+        }
+        run_backward_in_place(begin, kept_begin, state);
+    }
+
+    /// Only for the state.
+    void run_backward_in_place(std::size_t begin, std::size_t end, State& state) {
+        if (begin < end) {
+            double* const samples = &forward_output(begin);
+            run_filter(samples, samples, coef_, state.data(), end - begin, true, level_);
+        }
+    }
+
+  private:
+    float* dst_;
+    std::size_t dst_begin_;
+    std::size_t dst_end_;
+    const ExtendedSignal& x_;
+    const FilterCoefficients& coef_;
+    CpuLevel level_;
+    std::size_t begin_ = 0;
+    std::vector<double> y_;
+};
 
 }  // namespace
 
+// The backward pass takes its input from the end on, but to keep a long signal of doubles until
+// then costs time and memory. So each section is filtered both ways at once, the way back from a
+// guess of its state: that which comes out of filtering from rest so many samples ahead that the
+// filter should have forgotten the rest. Afterwards the sections are looked through from the last
+// to the first; where a guess was not, in every bit, the state in which the pass leaves the section
+// ahead, the section is filtered again. There is one section only where the filter forgets too
+// slowly, and where the result overwrites samples that might be needed again.
 void filtfilt(float* dst, const float* src, const float* n_coef, const float* d_coef, int dst_n,
               int src_n, int n_coef_n, int d_coef_n, int pad_type, int pad_len, CpuLevel level) {
     const int pad_n = pad_type == 0 ? 0 : std::max(pad_len, 0);
     const ExtendedSignal x(src, src_n, pad_n, pad_type);
     const FilterCoefficients coef(n_coef, d_coef, n_coef_n, d_coef_n);
-    const std::size_t state_n = coef.b.size() - 1;
-    auto steady = make_zeros<double>(state_n);
-    create_zi_coef(steady.data(), n_coef, d_coef, static_cast<int>(state_n), n_coef_n, d_coef_n);
+    State steady = make_zeros<double>(coef.b.size() - 1);
+    create_zi_coef(steady.data(), n_coef, d_coef, static_cast<int>(steady.size()), n_coef_n,
+                   d_coef_n);
 
     const std::size_t length = x.size();
-    const std::size_t y_n = runs_side_by_side(coef) ? std::min(section_n, length) : length;
-    auto y = make_zeros<double>(y_n);
-    const auto run_forward = [&](std::size_t begin, std::size_t end, double* state) {
-        x.for_each_piece(begin, end, [&](const float* piece, std::size_t first, std::size_t n) {
-            run_filter(&y[first - begin], piece, coef, state, n, false, level);
-        });
-    };
-    std::vector<double> state = scaled(steady, static_cast<double>(x.front()));
-    std::vector<std::vector<double>> section_states;
-    std::size_t begin = 0;
-    for (;; begin += y_n) {
-        section_states.push_back(state);
-        const std::size_t end = std::min(begin + y_n, length);
-        run_forward(begin, end, state.data());
-        if (end == length) {
-            break;
-        }
-    }
+    const auto dst_begin = static_cast<std::size_t>(pad_n);
+    const std::size_t dst_end = std::min(length, dst_begin + static_cast<std::size_t>(dst_n));
+    const std::size_t ahead_n = settling_n<double>(coef);
+    const bool in_sections = ahead_n <= max_ahead_n && !overlap(dst, dst_end - dst_begin, src,
+                                                                static_cast<std::size_t>(src_n));
+    const std::size_t y_n = in_sections ? std::min(section_n + ahead_n, length) : length;
+    Passes passes(dst, dst_begin, dst_end, x, coef, y_n, level);
 
-    const std::size_t pad = static_cast<std::size_t>(pad_n);
-    const std::size_t dst_end = std::min(length, pad + static_cast<std::size_t>(dst_n));
-    state = scaled(steady, y[length - 1 - begin]);
-    std::size_t end = length;
-    for (;;) {
-        const std::size_t kept_end = std::clamp(dst_end, begin, end);
-        const std::size_t kept_begin = std::clamp(pad, begin, kept_end);
-        run_filter(&y[kept_end - begin], &y[kept_end - begin], coef, state.data(), end - kept_end,
-                   true, level);
-        run_filter(dst + (kept_begin - pad), &y[kept_begin - begin], coef, state.data(),
-                   kept_end - kept_begin, true, level);
-        if (begin <= pad) {
-            break;
+    std::vector<Section> sections;
+    State forward = scaled(steady, static_cast<double>(x.front()));
+    for (std::size_t begin = 0; begin < length; begin = sections.back().end) {
+        const bool last = length - begin <= y_n;
+        Section section{begin, last ? length : begin + section_n, forward, {}, {}};
+        passes.move_to(begin);
+        passes.run_forward(begin, section.end, forward);
+        if (last) {
+            section.backward = scaled(steady, passes.forward_output(length - 1));
+        } else {
+            State state = forward;
+            passes.run_forward(section.end, section.end + ahead_n, state);
+            section.backward.resize(steady.size());
+            passes.run_backward_in_place(section.end, section.end + ahead_n, section.backward);
         }
-        end = begin;
-        begin -= y_n;
-        section_states.pop_back();
-        run_forward(begin, end, section_states.back().data());
+        section.left = section.backward;
+        passes.run_backward(begin, section.end, section.left);
+        sections.push_back(std::move(section));
+    }
+    for (std::size_t i = sections.size() - 1; i-- > 0;) {
+        Section& section = sections[i];
+        if (!equal_bits(section.backward, sections[i + 1].left)) {
+            section.left = sections[i + 1].left;
+            passes.move_to(section.begin);
+            passes.run_forward(section.begin, section.end, section.forward);
+            passes.run_backward(section.begin, section.end, section.left);
+        }
     }
 }
 

@@ -8,20 +8,42 @@
 #include "filter/lane_kernels.h"
 #include "filter/linerfilter.h"
 #include "filter/path.h"
+#include "filter/settling.h"
 
 namespace sorvo::audio {
 namespace {
 
-constexpr std::size_t warm_up_n = 512;
+/// Samples before the stretches, however fast the filter forgets.
+constexpr std::size_t min_warm_up_n = 32;
+static_assert(min_lane_filter_n == (filter_lane_n + 1) * min_warm_up_n);
 /// States are noted at these distances, for stretches whose guess was wrong.
-constexpr std::size_t note_n = 256;
-/// Samples of one stretch: enough to make the warm-up cheap, few enough for the cache.
-constexpr std::size_t min_stretch_n = 512;
+constexpr std::size_t note_n = 64;
+static_assert(note_n % max_filter_row_n == 0);
+/// Samples of one stretch: few enough for the cache.
 constexpr std::size_t max_stretch_n = 4096;
-/// After a round with this many stretches that never met the true state no other one is tried.
+/// After a round with this many stretches that never met the true state, the next round waits.
 constexpr std::size_t max_unmet_n = 8;
 
-static_assert(min_lane_filter_n == warm_up_n + min_stretch_n * filter_lane_n);
+/// Lanes run `warm_up_n` samples from a common state, then their stretches of `stretch_n` samples
+/// each. Lane 0 begins with the true state, so its warm-up counts, and a round has the length of
+/// all stretches and one warm-up. Both are multiples of filter_row_unit.
+struct Round {
+    std::size_t warm_up_n;
+    std::size_t stretch_n;
+
+    std::size_t size() const { return warm_up_n + filter_lane_n * stretch_n; }
+};
+
+std::size_t round_down(std::size_t n) {
+    return n / filter_row_unit * filter_row_unit;
+}
+
+/// What divides n samples into equal rounds, or into one if they are few.
+Round plan_round(std::size_t n, std::size_t warm_up_n) {
+    const std::size_t round_n = n / Round{warm_up_n, max_stretch_n}.size() + 1;
+    const std::size_t size = n / round_n;
+    return {warm_up_n, size < warm_up_n ? 0 : round_down((size - warm_up_n) / filter_lane_n)};
+}
 
 /// The state of a lane, after `n` samples of its stretch.
 template <class State, std::size_t state_n>
@@ -45,37 +67,43 @@ struct Note {
     }
 };
 
-/// Filters filter_lane_n stretches of stretch_n samples from `position` on; `state` is the true one
-/// before and after. Returns how many stretches never met it.
+/// Filters a round from `position` on; `state` is the true one before and after. Returns how many
+/// stretches never met it.
 template <class Out, class In, class State, std::size_t state_n>
 std::size_t filter_round(const Path<Out>& dst, const Path<const In>& src,
                          const FilterCoefficients& coef, State* state, std::size_t position,
-                         std::size_t stretch_n, CpuLevel level) {
+                         const Round& round, CpuLevel level) {
     const bool reverse = src.reverse;
-    const auto stride = static_cast<std::ptrdiff_t>(stretch_n) * (reverse ? -1 : 1);
-    const auto run_rows = [&](Out* to, std::size_t from, LaneStates<State, state_n>& z) {
-        filter_lane_rows<Out, In, State, state_n>(to, src.range(from, filter_row_n), stride,
+    const auto stride = static_cast<std::ptrdiff_t>(round.stretch_n) * (reverse ? -1 : 1);
+    LaneStates<State, state_n> z;
+    for (std::size_t k = 0; k < state_n; ++k) {
+        z[k].fill(state[k]);
+    }
+    const auto run_rows = [&](std::size_t from, std::size_t n) {
+        filter_lane_rows<Out, In, State, state_n>(dst.range(from, n), src.range(from, n), n, stride,
                                                   reverse, coef.b.data(), coef.a.data(), z, level);
     };
-    LaneStates<State, state_n> z{};
-    for (std::size_t i = 0; i < warm_up_n; i += filter_row_n) {
-        run_rows(nullptr, position - warm_up_n + i, z);
+    // What a lane puts out while it warms up is put right by the lane before it, later.
+    for (std::size_t i = 0; i < round.warm_up_n; i += max_filter_row_n) {
+        run_rows(position + i, std::min(max_filter_row_n, round.warm_up_n - i));
     }
-    for (std::size_t k = 0; k < state_n; ++k) {
-        z[k][0] = state[k];
-    }
-    std::vector<Note<State, state_n>> notes{{z, 0}};
-    for (std::size_t i = 0; i < stretch_n; i += filter_row_n) {
-        run_rows(dst.range(position + i, filter_row_n), position + i, z);
-        const std::size_t n = i + filter_row_n;
-        if (n % note_n == 0 || n == stretch_n) {
-            notes.push_back({z, n});
+    position += round.warm_up_n;
+    std::vector<Note<State, state_n>> notes;
+    notes.reserve(round.stretch_n / note_n + 2);
+    notes.push_back({z, 0});
+    for (std::size_t i = 0; i < round.stretch_n;) {
+        const std::size_t n = std::min(max_filter_row_n, round.stretch_n - i);
+        run_rows(position + i, n);
+        i += n;
+        if (i % note_n == 0 || i == round.stretch_n) {
+            notes.push_back({z, i});
         }
     }
 
+    notes.front().get(state, 0);
     std::size_t unmet_n = 0;
     for (std::size_t lane = 0; lane < filter_lane_n; ++lane) {
-        const std::size_t first = position + lane * stretch_n;
+        const std::size_t first = position + lane * round.stretch_n;
         auto note = notes.begin();
         while (!note->equals(state, lane)) {
             const std::size_t done = note->n;
@@ -98,36 +126,40 @@ template <std::size_t state_n, class Out, class In, class State>
 void filter_rounds(const Path<Out>& dst, const Path<const In>& src, const FilterCoefficients& coef,
                    State* state, CpuLevel level) {
     const bool in_place = static_cast<const void*>(dst.data) == static_cast<const void*>(src.data);
-    const auto run_plain = [&](std::size_t first, std::size_t n) {
-        run_filter_plain(dst.range(first, n), src.range(first, n), coef, state, n, src.reverse);
-    };
-    run_plain(0, warm_up_n);
-    std::size_t done = warm_up_n;
-    std::size_t round_n = (src.n - done) / (filter_lane_n * max_stretch_n) + 1;
-    std::vector<In> copy;
-    for (; round_n > 0; --round_n) {
-        const std::size_t stretch_n =
-            (src.n - done) / round_n / (filter_lane_n * filter_row_n) * filter_row_n;
-        const std::size_t n = filter_lane_n * stretch_n;
-        std::size_t unmet_n = 0;
-        if (in_place) {
-            // The samples are needed again where a guess was wrong.
-            const std::size_t first = done - warm_up_n;
-            const In* const from = src.range(first, warm_up_n + n);
-            copy.assign(from, from + warm_up_n + n);
-            const Path<const In> copied{copy.data(), copy.size(), src.reverse, first};
-            unmet_n = filter_round<Out, In, State, state_n>(dst, copied, coef, state, done,
-                                                            stretch_n, level);
-        } else {
-            unmet_n = filter_round<Out, In, State, state_n>(dst, src, coef, state, done, stretch_n,
-                                                            level);
-        }
+    std::size_t done = 0;
+    const auto run_plain = [&](std::size_t n) {
+        run_filter_plain(dst.range(done, n), src.range(done, n), coef, state, n, src.reverse);
         done += n;
-        if (unmet_n >= max_unmet_n) {
-            break;
+    };
+    std::vector<In> copy;
+    const std::size_t settled_n = settling_n<State>(coef);
+    if (settled_n <= max_stretch_n) {
+        const std::size_t warm_up_n =
+            std::max(min_warm_up_n, round_down(settled_n + filter_row_unit - 1));
+        std::size_t pause_n = 0;
+        for (;;) {
+            const Round round = plan_round(src.n - done, warm_up_n);
+            if (round.stretch_n < warm_up_n) {
+                break;
+            }
+            const std::size_t n = round.size();
+            Path<const In> from = src;
+            if (in_place) {
+                // The samples are needed again where a guess was wrong.
+                const In* const first = src.range(done, n);
+                copy.assign(first, first + n);
+                from = {copy.data(), n, src.reverse, done};
+            }
+            const std::size_t unmet_n =
+                filter_round<Out, In, State, state_n>(dst, from, coef, state, done, round, level);
+            done += n;
+            // A filter that keeps failing soon is filtered without lanes; one that met silence
+            // recovers.
+            pause_n = unmet_n < max_unmet_n ? 0 : std::max(n, 2 * pause_n);
+            run_plain(std::min(pause_n, src.n - done));
         }
     }
-    run_plain(done, src.n - done);
+    run_plain(src.n - done);
 }
 
 }  // namespace

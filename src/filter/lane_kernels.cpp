@@ -10,18 +10,17 @@ namespace sorvo::audio {
 namespace {
 
 constexpr std::ptrdiff_t lane_n = filter_lane_n;
-constexpr std::ptrdiff_t row_n = filter_row_n;
-static_assert(row_n == lane_n, "one lane is prefetched per row");
+static_assert(max_filter_row_n == filter_lane_n, "one lane is prefetched per row");
 
 template <class T>
-using Rows = T[filter_row_n][filter_lane_n];
+using Rows = T[max_filter_row_n][filter_lane_n];
 
-/// Brings the samples of all lanes row by row, in the order in which the filter takes them, and
-/// asks for the next ones: so many streams in short runs are more than the processor foresees.
+/// Brings the samples of all lanes row by row, in the order in which the filter takes them.
 template <class T>
-[[gnu::always_inline]] inline void fetch_rows(Rows<T>& rows, const T* src, std::ptrdiff_t stride,
-                                              bool reverse) {
+[[gnu::always_inline]] inline void fetch_rows(Rows<T>& rows, const T* src, std::ptrdiff_t row_n,
+                                              std::ptrdiff_t stride, bool reverse) {
     constexpr auto n = static_cast<std::ptrdiff_t>(square_n<T>);
+    static_assert(filter_row_unit % square_n<T> == 0);
     T* const first_row = reverse ? rows[row_n - 1] : rows[0];
     const std::ptrdiff_t row_step = reverse ? -lane_n : lane_n;
     for (std::ptrdiff_t l = 0; l < lane_n; l += n) {
@@ -32,9 +31,10 @@ template <class T>
 }
 
 template <class T>
-[[gnu::always_inline]] inline void store_rows(T* dst, std::ptrdiff_t stride, const Rows<T>& rows,
-                                              bool reverse) {
+[[gnu::always_inline]] inline void store_rows(T* dst, std::ptrdiff_t row_n, std::ptrdiff_t stride,
+                                              const Rows<T>& rows, bool reverse) {
     constexpr auto n = static_cast<std::ptrdiff_t>(square_n<T>);
+    static_assert(filter_row_unit % square_n<T> == 0);
     const T* const first_row = reverse ? rows[row_n - 1] : rows[0];
     const std::ptrdiff_t row_step = reverse ? -lane_n : lane_n;
     for (std::ptrdiff_t l = 0; l < lane_n; l += n) {
@@ -55,7 +55,7 @@ struct Ahead {
         : first(reinterpret_cast<std::uintptr_t>(current) +
                 static_cast<std::uintptr_t>(reverse ? -distance : distance) * sizeof(T)),
           stride_bytes(stride * static_cast<std::ptrdiff_t>(sizeof(T))),
-          run_bytes(filter_row_n * sizeof(T)) {}
+          run_bytes(max_filter_row_n * sizeof(T)) {}
 
     [[gnu::always_inline]] void prefetch_lane(std::size_t lane) const {
         const std::uintptr_t lane_first = first + lane * static_cast<std::uintptr_t>(stride_bytes);
@@ -64,7 +64,7 @@ struct Ahead {
         }
     }
 
-    static constexpr std::ptrdiff_t distance = 2 * row_n;
+    static constexpr std::ptrdiff_t distance = 2 * max_filter_row_n;
 };
 
 template <std::size_t width, class T>
@@ -94,9 +94,10 @@ template <std::size_t width, class T>
 /// processor foresees, and asking for all at once would make it wait.
 template <std::size_t width, std::size_t pack_n, class Out, class In, class State,
           std::size_t state_n>
-[[gnu::always_inline]] inline void filter_rows(Rows<Out>& out, const Rows<In>& in, const double* b,
-                                               const double* a, LaneStates<State, state_n>& z,
-                                               const Ahead& next_in, const Ahead& next_out) {
+[[gnu::always_inline]] inline void filter_rows(Rows<Out>& out, const Rows<In>& in,
+                                               std::size_t row_n, const double* b, const double* a,
+                                               LaneStates<State, state_n>& z, const Ahead& next_in,
+                                               const Ahead& next_out) {
     using Pack = typename Vectors<width>::Doubles;
     for (std::size_t first = 0; first < filter_lane_n; first += pack_n * width) {
         Pack s[state_n][pack_n];
@@ -105,7 +106,7 @@ template <std::size_t width, std::size_t pack_n, class Out, class In, class Stat
                 load_wide<width>(s[k][p], &z[k][first + p * width]);
             }
         }
-        for (std::size_t row = 0; row < filter_row_n; ++row) {
+        for (std::size_t row = 0; row < row_n; ++row) {
             if (row >= first && row < first + pack_n * width) {
                 next_in.prefetch_lane(row);
                 next_out.prefetch_lane(row);
@@ -134,36 +135,36 @@ template <std::size_t width, std::size_t pack_n, class Out, class In, class Stat
 
 template <std::size_t width, std::size_t pack_n, class Out, class In, class State,
           std::size_t state_n>
-[[gnu::always_inline]] inline void run(Out* dst, const In* src, std::ptrdiff_t stride, bool reverse,
-                                       const double* b, const double* a,
-                                       LaneStates<State, state_n>& z) {
+[[gnu::always_inline]] inline void run(Out* dst, const In* src, std::size_t row_n,
+                                       std::ptrdiff_t stride, bool reverse, const double* b,
+                                       const double* a, LaneStates<State, state_n>& z) {
     alignas(64) Rows<In> in;
     alignas(64) Rows<Out> out;
-    fetch_rows(in, src, stride, reverse);
+    const auto n = static_cast<std::ptrdiff_t>(row_n);
+    fetch_rows(in, src, n, stride, reverse);
     filter_rows<width, pack_n, Out, In, State, state_n>(
-        out, in, b, a, z, Ahead(src, stride, reverse), Ahead(dst, stride, reverse));
-    if (dst != nullptr) {
-        store_rows(dst, stride, out, reverse);
-    }
+        out, in, row_n, b, a, z, Ahead(src, stride, reverse), Ahead(dst, stride, reverse));
+    store_rows(dst, n, stride, out, reverse);
 }
 
 template <class Out, class In, class State, std::size_t state_n>
 struct Levels {
-    static void baseline(Out* dst, const In* src, std::ptrdiff_t stride, bool reverse,
-                         const double* b, const double* a, LaneStates<State, state_n>& z) {
-        run<2, 4>(dst, src, stride, reverse, b, a, z);
+    static void baseline(Out* dst, const In* src, std::size_t row_n, std::ptrdiff_t stride,
+                         bool reverse, const double* b, const double* a,
+                         LaneStates<State, state_n>& z) {
+        run<2, 4>(dst, src, row_n, stride, reverse, b, a, z);
     }
 
-    [[gnu::target("avx2")]] static void avx2(Out* dst, const In* src, std::ptrdiff_t stride,
-                                             bool reverse, const double* b, const double* a,
-                                             LaneStates<State, state_n>& z) {
-        run<4, 4>(dst, src, stride, reverse, b, a, z);
+    [[gnu::target("avx2")]] static void avx2(Out* dst, const In* src, std::size_t row_n,
+                                             std::ptrdiff_t stride, bool reverse, const double* b,
+                                             const double* a, LaneStates<State, state_n>& z) {
+        run<4, 4>(dst, src, row_n, stride, reverse, b, a, z);
     }
 
     [[gnu::target("avx512f,avx512bw,avx512dq,avx512vl")]] static void avx512(
-        Out* dst, const In* src, std::ptrdiff_t stride, bool reverse, const double* b,
-        const double* a, LaneStates<State, state_n>& z) {
-        run<8, 4>(dst, src, stride, reverse, b, a, z);
+        Out* dst, const In* src, std::size_t row_n, std::ptrdiff_t stride, bool reverse,
+        const double* b, const double* a, LaneStates<State, state_n>& z) {
+        run<8, 4>(dst, src, row_n, stride, reverse, b, a, z);
     }
 
     static constexpr std::array<decltype(&baseline), all_cpu_levels.size()> table = {baseline, avx2,
@@ -173,17 +174,18 @@ struct Levels {
 }  // namespace
 
 template <class Out, class In, class State, std::size_t state_n>
-void filter_lane_rows(Out* dst, const In* src, std::ptrdiff_t stride, bool reverse, const double* b,
-                      const double* a, LaneStates<State, state_n>& z, CpuLevel level) {
-    Levels<Out, In, State, state_n>::table[static_cast<std::size_t>(level)](dst, src, stride,
+void filter_lane_rows(Out* dst, const In* src, std::size_t row_n, std::ptrdiff_t stride,
+                      bool reverse, const double* b, const double* a, LaneStates<State, state_n>& z,
+                      CpuLevel level) {
+    Levels<Out, In, State, state_n>::table[static_cast<std::size_t>(level)](dst, src, row_n, stride,
                                                                             reverse, b, a, z);
 }
 
-#define INSTANTIATE(Out, In, State)                                                      \
-    template void filter_lane_rows(Out*, const In*, std::ptrdiff_t, bool, const double*, \
-                                   const double*, LaneStates<State, 1>&, CpuLevel);      \
-    template void filter_lane_rows(Out*, const In*, std::ptrdiff_t, bool, const double*, \
-                                   const double*, LaneStates<State, 2>&, CpuLevel);
+#define INSTANTIATE(Out, In, State)                                                                \
+    template void filter_lane_rows(Out*, const In*, std::size_t, std::ptrdiff_t, bool,             \
+                                   const double*, const double*, LaneStates<State, 1>&, CpuLevel); \
+    template void filter_lane_rows(Out*, const In*, std::size_t, std::ptrdiff_t, bool,             \
+                                   const double*, const double*, LaneStates<State, 2>&, CpuLevel);
 INSTANTIATE(float, float, float)
 INSTANTIATE(double, float, double)
 INSTANTIATE(double, double, double)

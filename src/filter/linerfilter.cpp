@@ -27,6 +27,7 @@ inline double step(const double* b, const double* a, State* z, std::size_t state
     update(b, a, z, state_n, x, y);
     return y;
 }
+
 template <class Function>
 void for_each_index(std::size_t n, bool reverse, Function function) {
     if (reverse) {
@@ -95,11 +96,6 @@ void run_filter_plain(Out* dst, const In* src, const FilterCoefficients& coef, S
 template <class State>
 void update_state(const FilterCoefficients& coef, State* z, double x, double y) {
     update(coef.b.data(), coef.a.data(), z, coef.b.size() - 1, x, y);
-}
-
-bool runs_side_by_side(const FilterCoefficients& coef) {
-    const std::size_t state_n = coef.b.size() - 1;
-    return state_n == 1 || state_n == 2 || is_fir(coef);
 }
 
 template <class Out, class In, class State>

@@ -29,9 +29,6 @@ template <class Out, class In, class State>
 void run_filter(Out* dst, const In* src, const FilterCoefficients& coef, State* z, std::size_t n,
                 bool reverse, CpuLevel level = cpu_level());
 
-/// Whether run_filter() takes long signals with many samples side by side.
-bool runs_side_by_side(const FilterCoefficients& coef);
-
 /// The same, sample by sample: the definition.
 template <class Out, class In, class State>
 void run_filter_plain(Out* dst, const In* src, const FilterCoefficients& coef, State* z,
