@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "filter/fir_kernels.h"
+#include "filter/filter_kernels.h"
 #include "filter/linerfilter.h"
 #include "filter/path.h"
 #include "util/zeros.h"
@@ -48,6 +48,7 @@ bool is_fir(const FilterCoefficients& coef) {
 template <class Out, class In, class State>
 void filter_fir(Out* dst, const In* src, const FilterCoefficients& coef, State* z, std::size_t n,
                 bool reverse, CpuLevel level) {
+    const FirKernels<State>& kernels = filter_kernels(level);
     const Path<Out> to{dst, n, reverse};
     const Path<const In> from{src, n, reverse};
     const std::size_t m = coef.b.size() - 1;
@@ -72,7 +73,7 @@ void filter_fir(Out* dst, const In* src, const FilterCoefficients& coef, State* 
         // What lies behind the block's end makes outputs that nobody takes, but must not alarm.
         std::fill_n(&x[m + count], fir_step_n, x[m + count - 1]);
         const std::size_t rounded_n = (count + fir_step_n - 1) / fir_step_n * fir_step_n;
-        if (finite_n >= m && fir_outputs<State>(&y[m], &x[m], coef.b.data(), m, rounded_n, level)) {
+        if (finite_n >= m && kernels.fir_outputs(&y[m], &x[m], coef.b.data(), m, rounded_n)) {
             state_known = false;
             finite_n += count;
         } else {

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <vector>
 
-#include "filter/lane_kernels.h"
+#include "filter/filter_kernels.h"
 #include "filter/linerfilter.h"
 #include "filter/path.h"
 #include "filter/settling.h"
@@ -45,6 +45,9 @@ Round plan_round(std::size_t n, std::size_t warm_up_n) {
     return {warm_up_n, size < warm_up_n ? 0 : round_down((size - warm_up_n) / filter_lane_n)};
 }
 
+template <class State, std::size_t state_n>
+using LaneStates = std::array<std::array<State, filter_lane_n>, state_n>;
+
 /// The state of a lane, after `n` samples of its stretch.
 template <class State, std::size_t state_n>
 struct Note {
@@ -72,16 +75,17 @@ struct Note {
 template <class Out, class In, class State, std::size_t state_n>
 std::size_t filter_round(const Path<Out>& dst, const Path<const In>& src,
                          const FilterCoefficients& coef, State* state, std::size_t position,
-                         const Round& round, CpuLevel level) {
+                         const Round& round, const LaneFilterKernels<Out, In, State>& kernels) {
     const bool reverse = src.reverse;
     const auto stride = static_cast<std::ptrdiff_t>(round.stretch_n) * (reverse ? -1 : 1);
     LaneStates<State, state_n> z;
     for (std::size_t k = 0; k < state_n; ++k) {
         z[k].fill(state[k]);
     }
+    const auto run = kernels.run_rows[state_n - 1];
     const auto run_rows = [&](std::size_t from, std::size_t n) {
-        filter_lane_rows<Out, In, State, state_n>(dst.range(from, n), src.range(from, n), n, stride,
-                                                  reverse, coef.b.data(), coef.a.data(), z, level);
+        run(dst.range(from, n), src.range(from, n), n, stride, reverse, coef.b.data(),
+            coef.a.data(), z.front().data());
     };
     // What a lane puts out while it warms up is put right by the lane before it, later.
     for (std::size_t i = 0; i < round.warm_up_n; i += max_filter_row_n) {
@@ -150,8 +154,8 @@ void filter_rounds(const Path<Out>& dst, const Path<const In>& src, const Filter
                 copy.assign(first, first + n);
                 from = {copy.data(), n, src.reverse, done};
             }
-            const std::size_t unmet_n =
-                filter_round<Out, In, State, state_n>(dst, from, coef, state, done, round, level);
+            const std::size_t unmet_n = filter_round<Out, In, State, state_n>(
+                dst, from, coef, state, done, round, filter_kernels(level));
             done += n;
             // A filter that keeps failing soon is filtered without lanes; one that met silence
             // recovers.
