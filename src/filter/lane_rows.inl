@@ -71,7 +71,7 @@ template <std::size_t state_n, class Out, class In, class State>
 SORVO_INLINE void filter_rows(Rows<Out>& out, const Rows<In>& in, std::size_t row_n,
                               const double* b, const double* a, State* z, const Ahead& next_in,
                               const Ahead& next_out) {
-    constexpr std::size_t pack_n = double_lane_n == 2 ? 2 : 4;
+    constexpr std::size_t pack_n = 4;
     for (std::size_t first = 0; first < filter_lane_n; first += pack_n * double_lane_n) {
         DoublePack s[state_n][pack_n];
         for (std::size_t k = 0; k < state_n; ++k) {
