@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "resample/lane_kernels.h"
 #include "resample/resample_filter_table.h"
+#include "resample/resample_kernels.h"
 #include "util/zeros.h"
 
 namespace sorvo::audio {
@@ -72,8 +72,11 @@ void resample_lanes(float* dst, const float* src, std::size_t dst_n, std::size_t
     auto scratch = make_zeros<FloatRow>(rows.size());
     auto samples = make_zeros<float>(resample_lane_n * rows.size());
     auto results = make_zeros<float>(resample_lane_n * max_output_n);
+    const ResampleKernels& kernels = resample_kernels(level);
     LaneBlock block{};
-    block.table = &table;
+    block.groups = table.groups.data();
+    block.all_group_n = table.groups.size();
+    block.taps = table.taps.data();
     block.samples = samples.data();
     block.sample_stride = rows.size();
     block.rows = rows.data();
@@ -91,7 +94,7 @@ void resample_lanes(float* dst, const float* src, std::size_t dst_n, std::size_t
         block.group_n = plan.group_n;
         block.output_n = plan.output_n;
         block.new_row_n =
-            plan.row_n > block.old_row_n ? round_up_to_square(plan.row_n - block.old_row_n) : 0;
+            plan.row_n > block.old_row_n ? round_up_to_squares(plan.row_n - block.old_row_n) : 0;
         for (std::size_t lane = 0; lane < resample_lane_n; ++lane) {
             copy_padded(samples.data() + lane * block.sample_stride, src, src_n,
                         lane * lane_advance + position + block.old_row_n, block.new_row_n);
@@ -99,7 +102,7 @@ void resample_lanes(float* dst, const float* src, std::size_t dst_n, std::size_t
         block.next_samples = src + std::min(position + block.old_row_n + block.new_row_n, src_n);
         block.next_results = dst + done;
         block.old_finite = suspect_until <= position;
-        run_lanes(block, level);
+        kernels.run_lanes(block);
 
         for (std::size_t lane = 0; lane < resample_lane_n; ++lane) {
             const std::size_t first = lane * lane_dst_n + done;

@@ -6,7 +6,6 @@
 
 #include "resample/tap_groups.h"
 #include "util/cpu.h"
-#include "util/vectors.h"
 
 namespace sorvo::audio {
 
@@ -22,16 +21,19 @@ struct alignas(64) DoubleRow {
     double lane[resample_lane_n];
 };
 
-/// Samples and outputs are turned from lane after lane to row after row in squares of this size.
-constexpr std::size_t lane_square_n = square_n<float>;
+/// Samples and outputs are turned from lane after lane to row after row in squares, whose sides
+/// divide this number.
+constexpr std::size_t lane_square_n = 8;
 
-constexpr std::size_t round_up_to_square(std::size_t n) {
+constexpr std::size_t round_up_to_squares(std::size_t n) {
     return (n + lane_square_n - 1) / lane_square_n * lane_square_n;
 }
 
 /// Some groups of outputs for all lanes, and what they read.
 struct LaneBlock {
-    const TapGroups* table;
+    const TapGroups::Group* groups;
+    std::size_t all_group_n;  // after the last comes the first again
+    const double* taps;
     std::size_t first_group;
     std::size_t group_n;
     std::size_t output_n;  // of these groups
@@ -56,6 +58,14 @@ struct LaneBlock {
     std::size_t next_result_stride;
 };
 
-void run_lanes(LaneBlock& block, CpuLevel level);
+struct ResampleKernels {
+    void (*run_lanes)(LaneBlock& block);
+};
+
+const ResampleKernels& resample_kernels(CpuLevel level);
+
+extern const ResampleKernels resample_kernels_baseline;
+extern const ResampleKernels resample_kernels_avx2;
+extern const ResampleKernels resample_kernels_avx512;
 
 }  // namespace sorvo::audio
