@@ -16,12 +16,45 @@ namespace {
 
 constexpr double energy_floor = 1e-10;
 
-double mean_square(const std::vector<float>& frame) {
-    double energy = 0.0;
-    for (const float x : frame) {
-        energy += static_cast<double>(x) * static_cast<double>(x);
+/// Frames whose energies are summed side by side: each sum keeps its order, and none waits for the
+/// additions of another.
+constexpr std::size_t group_n = 8;
+
+/// The mean squares of frame_n frames of win_n samples, each hop_n samples after the one before.
+template <std::size_t frame_n>
+void mean_squares(double* dst, const float* src, std::size_t hop_n, std::size_t win_n) {
+    double energies[frame_n] = {};
+    for (std::size_t i = 0; i < win_n; ++i) {
+        for (std::size_t t = 0; t < frame_n; ++t) {
+            const auto x = static_cast<double>(src[t * hop_n + i]);
+            energies[t] += x * x;
+        }
     }
-    return energy / static_cast<double>(frame.size());
+    for (std::size_t t = 0; t < frame_n; ++t) {
+        dst[t] = energies[t] / static_cast<double>(win_n);
+    }
+}
+
+/// The mean squares of the frames of the signal, which is reflected at its ends.
+std::vector<double> frame_mean_squares(const float* src, int sample_n, int win_n, int hop_n,
+                                       int frame_n) {
+    auto result = make_zeros<double>(static_cast<std::uint64_t>(frame_n));
+    auto frame = make_zeros<float>(static_cast<std::uint64_t>(win_n));
+    const auto hop = static_cast<std::size_t>(hop_n);
+    for (std::size_t t = 0; t < result.size();) {
+        const std::int64_t first = static_cast<std::int64_t>(t) * hop_n - win_n / 2;
+        const std::int64_t group_end =
+            first + (group_n - 1) * static_cast<std::int64_t>(hop_n) + win_n;
+        if (t + group_n <= result.size() && first >= 0 && group_end <= sample_n) {
+            mean_squares<group_n>(&result[t], src + first, hop, frame.size());
+            t += group_n;
+        } else {
+            extract_segment(frame, src, sample_n, first, Extension::reflect);
+            mean_squares<1>(&result[t], frame.data(), hop, frame.size());
+            ++t;
+        }
+    }
+    return result;
 }
 
 }  // namespace
@@ -35,14 +68,11 @@ void detect_nonsilent_pos(int* pos, int* len, const float* src, int sample_n, in
     std::int64_t first = -1;
     std::int64_t last = -1;
     if (frame_n > 0) {
-        auto frame = make_zeros<float>(static_cast<std::uint64_t>(win_n));
-        auto energies = make_zeros<double>(static_cast<std::uint64_t>(frame_n));
+        std::vector<double> energies = frame_mean_squares(src, sample_n, win_n, hop_n, frame_n);
         double ref = energy_floor;
-        for (std::size_t t = 0; t < energies.size(); ++t) {
-            extract_segment(frame, src, sample_n, static_cast<std::int64_t>(t) * hop_n - win_n / 2,
-                            Extension::reflect);
-            energies[t] = std::max(mean_square(frame), energy_floor);
-            ref = std::max(ref, energies[t]);
+        for (double& energy : energies) {
+            energy = std::max(energy, energy_floor);
+            ref = std::max(ref, energy);
         }
         const double ref_db = 10.0 * ::log10(ref);
         const double threshold = -static_cast<double>(thr_db);

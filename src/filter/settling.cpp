@@ -15,7 +15,7 @@ namespace sorvo::audio {
 template <class State>
 std::size_t settling_n(const FilterCoefficients& coef) {
     const std::size_t state_n = coef.b.size() - 1;
-    if (is_fir(coef)) {
+    if (state_n == 0 || is_fir(coef)) {
         return state_n;
     }
     if (state_n != 1 && state_n != 2) {

@@ -2,8 +2,18 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+
+#include "mel/mel_kernels.h"
+#include "util/zeros.h"
 
 namespace sorvo::audio {
+namespace {
+
+/// Frames that are looked through and then converted: few enough to be in the cache still.
+constexpr std::size_t block_n = 512;
+
+}  // namespace
 
 void convert_freq_to_mel_1d(std::vector<float>& dst, const std::vector<float>& src,
                             const std::vector<std::vector<float>>& fb, int mel_n) {
@@ -18,22 +28,25 @@ void convert_freq_to_mel_1d(std::vector<float>& dst, const std::vector<float>& s
 }
 
 void convert_freq_to_mel_2d(float* dst, const float* src, const float* fb, int freq_n, int frame_n,
-                            int mel_n) {
-    constexpr std::ptrdiff_t tile_n = 64;
-    const std::ptrdiff_t stride = frame_n;
-    for (std::ptrdiff_t t = 0; t < frame_n; t += tile_n) {
-        const std::ptrdiff_t n = std::min(tile_n, stride - t);
-        for (std::ptrdiff_t m = 0; m < mel_n; ++m) {
-            float sums[tile_n] = {};
-            for (std::ptrdiff_t k = 0; k < freq_n; ++k) {
-                const float weight = fb[m * freq_n + k];
-                const float* const spectrum = src + k * stride + t;
-                for (std::ptrdiff_t i = 0; i < n; ++i) {
-                    sums[i] += spectrum[i] * weight;
-                }
-            }
-            std::copy_n(sums, n, dst + m * stride + t);
+                            int mel_n, CpuLevel level) {
+    const MelKernels& kernels = mel_kernels(level);
+    const auto row_n = static_cast<std::size_t>(frame_n);
+    const auto weight_n = static_cast<std::size_t>(freq_n);
+    auto bands = make_zeros<MelBand>(static_cast<std::uint64_t>(mel_n));
+    auto all_bins = make_zeros<MelBand>(bands.size());
+    for (std::size_t m = 0; m < bands.size(); ++m) {
+        const float* const weights = fb + m * weight_n;
+        bands[m] = nonzero_band(weights, weight_n);
+        all_bins[m] = {weights, 0, weight_n};
+    }
+    for (std::size_t t = 0; t < row_n; t += block_n) {
+        const std::size_t n = std::min(block_n, row_n - t);
+        bool finite = true;
+        for (std::size_t k = 0; k < weight_n && finite; ++k) {
+            finite = kernels.all_finite(src + k * row_n + t, n);
         }
+        kernels.apply_bands(dst + t, row_n, src + t, row_n, finite ? bands.data() : all_bins.data(),
+                            bands.size(), n);
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "util/cpu.h"
+
 namespace sorvo::audio {
 
 /// One spectrum to mel_n mel values: dst[m] = sum over k of fb[m][k] src[k], in the order of k from
@@ -12,6 +14,6 @@ void convert_freq_to_mel_1d(std::vector<float>& dst, const std::vector<float>& s
 /// A spectrogram src[k * frame_n + t] and a bank fb[m * freq_n + k] to dst[m * frame_n + t]; each
 /// sum in the order of k from 0.0f.
 void convert_freq_to_mel_2d(float* dst, const float* src, const float* fb, int freq_n, int frame_n,
-                            int mel_n);
+                            int mel_n, CpuLevel level = cpu_level());
 
 }  // namespace sorvo::audio

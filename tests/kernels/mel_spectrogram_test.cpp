@@ -1,12 +1,13 @@
-#include "mel/mel_spectrogram.h"
-
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <vector>
 
 #include "kernels/levels.h"
 #include "kernels/stft_signals.h"
+#include "mel/mel_conversion.h"
+#include "mel/mel_spectrogram.h"
 #include "stft/framing.h"
 
 namespace {
@@ -59,6 +60,43 @@ TEST(MelKernels, EqualOneFrameAtATime) {
     }
     expect_equal(test::noise(2500, 1.0F), shapes[0], 1, std::numeric_limits<float>::quiet_NaN(),
                  1000);
+}
+
+TEST(MelKernels, ConvertASpectrogramAsOneFrameAtATime) {
+    constexpr int freq_n = 33;
+    constexpr int mel_n = 12;
+    for (const int frame_n : {1, 100, 700}) {
+        for (const test::NamedSignal& signal :
+             test::telling_signals(static_cast<std::size_t>(freq_n * frame_n))) {
+            const std::vector<float>& src = signal.samples;
+            // Bands of any width, one without weights, one with a weight that is not a number.
+            std::vector<float> bank = test::noise(freq_n * mel_n, 1.0F, 8);
+            for (int m = 0; m < mel_n; ++m) {
+                std::fill_n(bank.begin() + m * freq_n, std::max(0, 2 * m - 4), -0.0F);
+                std::fill_n(bank.begin() + m * freq_n + 2 * m, std::min(m, 6), 0.0F);
+            }
+            std::fill_n(bank.begin() + freq_n, freq_n, 0.0F);
+            bank[freq_n * 5 + 30] = std::numeric_limits<float>::quiet_NaN();
+            std::vector<float> expected;
+            for (int m = 0; m < mel_n; ++m) {
+                for (int t = 0; t < frame_n; ++t) {
+                    float sum = 0.0F;
+                    for (int k = 0; k < freq_n; ++k) {
+                        sum += src[static_cast<std::size_t>(k * frame_n + t)] *
+                               bank[static_cast<std::size_t>(m * freq_n + k)];
+                    }
+                    expected.push_back(sum);
+                }
+            }
+            test::for_each_level([&](CpuLevel level) {
+                std::vector<float> dst(expected.size());
+                convert_freq_to_mel_2d(dst.data(), src.data(), bank.data(), freq_n, frame_n, mel_n,
+                                       level);
+                EXPECT_EQ(test::first_difference(dst, expected), test::none)
+                    << signal.name << ", " << frame_n << " frames";
+            });
+        }
+    }
 }
 
 }  // namespace
