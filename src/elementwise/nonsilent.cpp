@@ -43,8 +43,7 @@ std::vector<double> frame_mean_squares(const float* src, int sample_n, int win_n
     const auto hop = static_cast<std::size_t>(hop_n);
     for (std::size_t t = 0; t < result.size();) {
         const std::int64_t first = static_cast<std::int64_t>(t) * hop_n - win_n / 2;
-        const std::int64_t group_end =
-            first + (group_n - 1) * static_cast<std::int64_t>(hop_n) + win_n;
+        const std::int64_t group_end = first + std::int64_t{group_n - 1} * hop_n + win_n;
         if (t + group_n <= result.size() && first >= 0 && group_end <= sample_n) {
             mean_squares<group_n>(&result[t], src + first, hop, frame.size());
             t += group_n;
