@@ -1,25 +1,19 @@
 #!/usr/bin/python3
 """Measures how far the calls of other toolkits are from those of this package.
 
-    equivalences.py                           prints the tables
-    equivalences.py --update FILE             writes them into a document
-    equivalences.py --check FILE              compares them with it: same rows, no difference much larger
-
 Both sides of a row are evaluated as they are printed. Where a toolkit is not in Debian, its formula, written
-out in double precision, takes its place. Rows whose toolkit is not installed are left out of a check.
+out in double precision, takes its place. Rows whose toolkit is not installed have no figure, and are left out
+of a check.
 """
-import argparse
-import math
-import re
 import sys
 import warnings
 
-try:
-    import numpy as np
-    import scipy.signal
-except ImportError as error:
-    print(f"skipped: {error}")
-    sys.exit(77)
+import page
+
+page.require("numpy", "scipy")
+import numpy as np
+import scipy.signal
+
 try:
     import torch
     import torchaudio
@@ -28,10 +22,6 @@ except ImportError:
 
 import references
 import sorvo_audio
-
-# The figure varies with the processor for which the other toolkit chooses its code.
-ALLOWED = 3
-BEGIN, END = "<!-- measured by tests/python/equivalences.py -->\n", "<!-- end -->\n"
 
 TABLES = {
     "Transforms and windows": [
@@ -137,73 +127,31 @@ def difference(theirs, ours):
     return float(np.abs(theirs - ours).max() / np.abs(theirs).max())
 
 
-def rows():
-    """(table, their call, our call, difference or None)"""
-    ours, double, tensors = names()
-    for table, calls in TABLES.items():
+def difference_of(their_call, our_call, formula=None):
+    """None where the toolkit is not installed."""
+    variables = TENSORS if their_call.startswith("torch") else DOUBLE
+    return difference(eval(formula or their_call, variables), eval(our_call, OURS)) if variables else None
+
+
+def measure():
+    lines = []
+    for name, calls in TABLES.items():
+        rows = []
         for their_call, our_call, *formula in calls:
-            variables = tensors if their_call.startswith("torch") else double
-            result = None
-            if variables:
-                theirs = eval(formula[0] if formula else their_call, variables)
-                result = difference(theirs, eval(our_call, ours))
-            yield table, their_call + (" †" if formula else ""), our_call, result
+            value = difference_of(their_call, our_call, *formula)
+            rows.append([f"`{their_call}`" + " †" * bool(formula), f"`{our_call}`",
+                         "" if value is None else page.rounded_up(value)])
+        lines += [f"### {name}", "", *page.table(["theirs", "`sorvo_audio`", "difference"], rows)]
+    return lines
 
 
-def figure(value):
-    """Rounded up to one digit."""
-    exponent = math.floor(math.log10(value)) if value else 0
-    return f"{math.ceil(value / 10.0**exponent - 1e-9) * 10.0**exponent:.0e}" if value else "0"
-
-
-def markdown(measured):
-    lines, last = [], None
-    for table, their_call, our_call, value in measured:
-        if table != last:
-            lines += ["", f"### {table}", "", "| theirs | `sorvo_audio` | difference |", "|---|---|---|"]
-            last = table
-        call, mark, _ = their_call.partition(" †")
-        lines.append(f"| `{call}`{mark} | `{our_call}` | {'' if value is None else figure(value)} |")
-    return "\n".join([*lines, "", ""])
-
-
-def check(document, measured):
-    good = True
-    printed = dict(re.findall(r"^(\| `.*` \|) (\S+) \|$", document, re.M))
-    for line in markdown(measured).splitlines():
-        row = re.match(r"(\| `.*` \|) (\S*) \|$", line)
-        if row and row[1] not in printed:
-            print(f"not in the document: {line}")
-            good = False
-        elif row and row[2] and float(row[2]) > ALLOWED * float(printed[row[1]]):
-            print(f"larger than the {printed[row[1]]} of the document: {line}")
-            good = False
-    if len(printed) != len(measured):
-        print(f"{len(printed)} rows in the document, {len(measured)} measured")
-        good = False
-    return good
-
-
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawTextHelpFormatter)
-    parser.add_argument("--check")
-    parser.add_argument("--update")
-    options = parser.parse_args()
-    with warnings.catch_warnings():
-        warnings.simplefilter("ignore")  # torchaudio names bands without bins
-        measured = list(rows())
-    if options.update:
-        with open(options.update, encoding="utf-8") as file:
-            before, rest = file.read().split(BEGIN)
-        with open(options.update, "w", encoding="utf-8") as file:
-            file.write(before + BEGIN + markdown(measured) + END + rest.split(END)[1])
-    elif options.check:
-        with open(options.check, encoding="utf-8") as file:
-            return 0 if check(file.read(), measured) else 1
-    else:
-        print(markdown(measured))
-    return 0
+def agree(old, new):
+    """The figure varies with the processor for which the other toolkit chooses its code."""
+    return new <= 3 * old
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    with warnings.catch_warnings():
+        warnings.simplefilter("ignore")  # torchaudio names bands without bins
+        OURS, DOUBLE, TENSORS = names()
+        sys.exit(page.serve("equivalences.py", "equivalences.md", measure, agree))
