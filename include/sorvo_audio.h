@@ -42,10 +42,11 @@
 #ifndef SORVO_AUDIO_H
 #define SORVO_AUDIO_H
 
-#define SORVO_AUDIO_VERSION_MAJOR 0
-#define SORVO_AUDIO_VERSION_MINOR 1
-#define SORVO_AUDIO_VERSION_PATCH 0
+#define SORVO_AUDIO_VERSION_MAJOR 0 /* raised by incompatible changes, as is the soname */
+#define SORVO_AUDIO_VERSION_MINOR 1 /* raised by additions */
+#define SORVO_AUDIO_VERSION_PATCH 0 /* raised by everything else */
 
+/* Marks what the shared object exports. */
 #if defined(__GNUC__)
 #define SORVO_AUDIO_API __attribute__((visibility("default")))
 #else
@@ -59,8 +60,10 @@ extern "C" {
 /* ---------------------------------------------------------------------------------------------------
  * Status codes
  */
+
+/* What every function returns. */
 enum {
-    SORVO_AUDIO_OK = 0,
+    SORVO_AUDIO_OK = 0,               /* all outputs are written */
     SORVO_AUDIO_ERROR_ARGUMENT = -1,  /* a required pointer is null, or a value is out of range */
     SORVO_AUDIO_ERROR_MEMORY = -5,    /* memory could not be obtained; the call may be repeated */
     SORVO_AUDIO_ERROR_INTERNAL = -128 /* anything else, such as a length that does not fit an int */
@@ -112,7 +115,7 @@ enum {
 
 /* pad_type: how a signal is extended at both ends before zero-phase filtering. */
 enum {
-    SORVO_AUDIO_PAD_NONE = 0,
+    SORVO_AUDIO_PAD_NONE = 0,    /* not at all */
     SORVO_AUDIO_PAD_ODD = 1,     /* reflected about the edge value: 2 x[0] - x[d] */
     SORVO_AUDIO_PAD_REFLECT = 2, /* reflected, without repeating the edge sample: x[d] */
     SORVO_AUDIO_PAD_CONSTANT = 3 /* the edge sample repeated: x[0] */
@@ -139,7 +142,9 @@ SORVO_AUDIO_API int sorvoAudioFFT(float* dst, const float* src, int fft_n);
  *   dst[j] = 1/fft_n * sum over k = 0 ... fft_n - 1 of src[k] e^(+2 pi i j k / fft_n)
  *
  *   dst     out: fft_n complex values; of a spectrum with Hermitian symmetry the imaginary parts
- * are rounding residue src     fft_n complex values fft_n   length, >= 1; any length works
+ *           are rounding residue
+ *   src     fft_n complex values
+ *   fft_n   length, >= 1; any length works
  *
  * `dst` may overlap `src`.
  */
@@ -164,8 +169,11 @@ SORVO_AUDIO_API int sorvoAudioGetWindow(float* dst, int window_n, int win_type);
  *   ceil(sample_n / hop_n) + 1               SORVO_AUDIO_CENTER_ZEROS
  *
  *   frame_n    out: the number of frames; -2147483648 where it does not fit an int (hop_n 0
- * included) sample_n   signal length, > 0 fft_n      frame length, > 0 hop_n      distance between
- * frame starts, >= 0 center     SORVO_AUDIO_CENTER_...
+ *              included)
+ *   sample_n   signal length, > 0
+ *   fft_n      frame length, > 0
+ *   hop_n      distance between frame starts, >= 0
+ *   center     SORVO_AUDIO_CENTER_...
  *
  * Beyond 2^24 samples float arithmetic rounds the count; frames that it puts past the end of the
  * signal are made of what `center` puts there (zeros without centring).
@@ -183,10 +191,13 @@ SORVO_AUDIO_API int sorvoAudioGetFrameLen(int* frame_n, int sample_n, int fft_n,
  *   fft_n         frame and transform length, > 0; any length, powers of two are fastest
  *   hop_n         distance between frame starts, >= 0; 0 yields no frames
  *   win_n         window length, > 0. Shorter than fft_n: zeros on both sides; where the difference
- * is odd, the right side gets one zero more. Longer than fft_n: cropped about its middle win_type
- * SORVO_AUDIO_WINDOW_... max_frame_n   frames that dst has room for, > 0; it is the row length of
- * dst in any case center        SORVO_AUDIO_CENTER_... power         exponent of the magnitude, >=
- * 0: 1 magnitude, 2 power, 0 complex norm_type     SORVO_AUDIO_NORM_...
+ *                 is odd, the right side gets one zero more. Longer than fft_n: cropped about its
+ *                 middle
+ *   win_type      SORVO_AUDIO_WINDOW_...
+ *   max_frame_n   frames that dst has room for, > 0; it is the row length of dst in any case
+ *   center        SORVO_AUDIO_CENTER_...
+ *   power         exponent of the magnitude, >= 0: 1 magnitude, 2 power, 0 complex
+ *   norm_type     SORVO_AUDIO_NORM_...
  *
  * min(max_frame_n, frames by sorvoAudioGetFrameLen()) frames are computed; columns beyond them are
  * left untouched. No frame at all (sample_n < fft_n) is a success that writes nothing.
@@ -215,7 +226,7 @@ SORVO_AUDIO_API int sorvoAudioGetSpectrogram(float* dst, const float* src, int s
  *   max_sample_n   samples that dst has room for, > 0
  *   center         SORVO_AUDIO_CENTER_...; any but NONE drops the first fft_n / 2 samples
  *   norm_type      SORVO_AUDIO_NORM_LENGTH undoes the same forward normalisation;
- * SORVO_AUDIO_NORM_WINDOW is not undone and acts as SORVO_AUDIO_NORM_NONE
+ *                  SORVO_AUDIO_NORM_WINDOW is not undone and acts as SORVO_AUDIO_NORM_NONE
  *
  * With L = (frame_n - 1) * hop_n + fft_n accumulated samples, min(L, max_sample_n) samples are
  * written: those that lie behind the dropped ones, then zeros. The rest of dst is left untouched.
@@ -251,8 +262,11 @@ SORVO_AUDIO_API int sorvoAudioGetSampleLen(int* sample_n, int frame_n, int freq_
  *   freq_n        bins, >= 1; bin k stands for k * (sample_rate / 2) / (freq_n - 1) Hz
  *   f_min         lowest frequency, >= 0
  *   f_max         highest frequency, > f_min; it may lie above sample_rate / 2 (bands without bins
- * are zero) mel_n         bands, 1 ... freq_n - 1 sample_rate   > 0 mel_norm
- * SORVO_AUDIO_MEL_NORM_... mel_formula   SORVO_AUDIO_MEL_...
+ *                 are zero)
+ *   mel_n         bands, 1 ... freq_n - 1
+ *   sample_rate   > 0
+ *   mel_norm      SORVO_AUDIO_MEL_NORM_...
+ *   mel_formula   SORVO_AUDIO_MEL_SLANEY or SORVO_AUDIO_MEL_HTK
  *
  * A NaN bound is accepted and makes every weight NaN.
  */
@@ -261,12 +275,12 @@ SORVO_AUDIO_API int sorvoAudioGetFBMatrix(float* dst, int freq_n, float f_min, f
                                           int mel_formula);
 
 /* Mel spectrogram of a signal: the spectrogram of sorvoAudioGetSpectrogram(), magnitudes to
- * `power`, projected on the filter bank of sorvoAudioGetFBMatrix(): dst(m, t) = sum over k = 0 ...
- * freq_n - 1 of bank(m, k) * |X(k, t)|^power
+ * `power`, projected on the filter bank of sorvoAudioGetFBMatrix():
+ *   dst(m, t) = sum over k = 0 ... freq_n - 1 of bank(m, k) * |X(k, t)|^power
  *
  *   dst             out: [mel_n][frame_n], where frame_n is the smaller of max_frame_n and the
- * number of frames by sorvoAudioGetFrameLen(). frame_n, not max_frame_n, is the row length; give
- *                   dst room for mel_n * max_frame_n floats
+ *                   number of frames by sorvoAudioGetFrameLen(). frame_n, not max_frame_n, is the
+ *                   row length; give dst room for mel_n * max_frame_n floats
  *   src             sample_n samples
  *   sample_n        signal length, >= 1
  *   sample_rate     >= 1
@@ -282,7 +296,7 @@ SORVO_AUDIO_API int sorvoAudioGetFBMatrix(float* dst, int freq_n, float f_min, f
  *   f_max           highest frequency of the bank, > f_min
  *   mel_n           bands, 1 ... fft_n / 2
  *   mel_norm        SORVO_AUDIO_MEL_NORM_...
- *   mel_formula     SORVO_AUDIO_MEL_...
+ *   mel_formula     SORVO_AUDIO_MEL_SLANEY or SORVO_AUDIO_MEL_HTK
  *
  * No frame at all (sample_n < fft_n) is a success that writes nothing. The result is linear; see
  * sorvoAudioConvertPowerToDB() and sorvoAudioLog1p() for logarithms.
@@ -328,7 +342,8 @@ SORVO_AUDIO_API int sorvoAudioConvertToMel(float* dst, const float* src, const f
  *   n_coef     numerator, n_coef_n coefficients
  *   d_coef     denominator, d_coef_n coefficients
  *   zi         in and out, may be null: state before the first sample, then after the last. Null,
- * or fewer than N - 1 values: the filter starts from rest and zi is left untouched dst_n      > 0
+ *              or fewer than N - 1 values: the filter starts from rest and zi is left untouched
+ *   dst_n      > 0
  *   src_n      > 0
  *   n_coef_n   > 0
  *   d_coef_n   > 0
@@ -361,15 +376,17 @@ SORVO_AUDIO_API int sorvoAudioGetLinerFilterZiCoef(float* dst, const float* n_co
  * sample. The magnitude response is squared. Everything between input and output is double.
  *
  *   dst        out: min(dst_n, src_n) samples. With an extension, dst_n > src_n receives up to
- * pad_len samples more, those of the extension at the end; the rest is left untouched src src_n
- * samples n_coef     numerator, n_coef_n coefficients d_coef     denominator, d_coef_n coefficients
+ *              pad_len samples more, those of the extension at the end; the rest is left untouched
+ *   src        src_n samples
+ *   n_coef     numerator, n_coef_n coefficients
+ *   d_coef     denominator, d_coef_n coefficients
  *   dst_n      > 0
  *   src_n      > 0
  *   n_coef_n   > 0
  *   d_coef_n   > 0
  *   pad_type   SORVO_AUDIO_PAD_...
  *   pad_len    samples of extension at each end, >= 0; ignored for SORVO_AUDIO_PAD_NONE; below
- * src_n for SORVO_AUDIO_PAD_ODD and SORVO_AUDIO_PAD_REFLECT. 3 N is a usual choice
+ *              src_n for SORVO_AUDIO_PAD_ODD and SORVO_AUDIO_PAD_REFLECT. 3 N is a usual choice
  *
  * Working memory is proportional to src_n + 2 pad_len.
  */
