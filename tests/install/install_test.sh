@@ -31,9 +31,10 @@ for target in c_shared cpp_shared c_static cpp_static; do
 done
 
 "$cmake" -S "$here/consumer" -B "$work/subdirectory" "-DSORVO_AUDIO_SOURCE=$source" >/dev/null
-"$cmake" --build "$work/subdirectory" -j2 --target c_shared cpp_static >/dev/null
-run "add_subdirectory c_shared" "$work/subdirectory/c_shared"
-run "add_subdirectory cpp_static" "$work/subdirectory/cpp_static"
+"$cmake" --build "$work/subdirectory" -j2 >/dev/null
+for target in c_shared cpp_shared c_static cpp_static; do
+    run "add_subdirectory $target" "$work/subdirectory/$target"
+done
 
 # pkg-config escapes the space of its paths for a shell, hence the eval.
 export PKG_CONFIG_PATH="$libdir/pkgconfig"
