@@ -31,7 +31,7 @@ for test in util/util api/api elementwise/elementwise fft/fft stft/stft mel/mel 
         cat "$work/log" >&2
         exit 1
     }
-    sed -n "s,^\[ *\(PASSED\|SKIPPED\) *\],$test: \1," "$work/log" | sort -u
+    sed -n "s,^\[ *\(PASSED\|SKIPPED\) *\],$test: \1,p" "$work/log" | sort -u
 done
 on_baseline "$build/tests/api/c99_test"
 
