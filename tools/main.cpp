@@ -2,6 +2,7 @@
 #include <sorvo_audio.h>
 
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -74,5 +75,6 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::signal(SIGXFSZ, SIG_IGN);  // a file beyond the user's limit is an error of writing it
     return run(argc, argv);
 }

@@ -12,6 +12,7 @@ import signal
 import subprocess
 import sys
 import unittest
+import zlib
 
 import numpy as np
 import scipy.signal
@@ -128,7 +129,6 @@ class Errors(CommandLineTest):
 
     def test_a_disk_that_fills_leaves_nothing_behind(self):
         def limit_files():
-            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
             resource.setrlimit(resource.RLIMIT_FSIZE, (20000, 20000))
         for name in ("x.npy", "x.csv"):
             self.run_tool("mel", "speech.wav", "-o", name, expect=3, preexec_fn=limit_files)
@@ -225,6 +225,14 @@ class Words(CommandLineTest):
         self.assertRegex(out, r"note: \d+ of 128 bands hold no bin and are all zero")
         mixed = self.make("filter", "stereo.wav", "m.npy", "--b", 1, "--mono")
         self.assertLess(np.abs(mixed - read_wav("stereo.wav")[1].mean(axis=1)).max(), 1e-7)
+
+    def test_silence_is_said_and_dark(self):
+        write_wav("silent.wav", np.zeros(8000))
+        out, _ = self.run_tool("mel", "silent.wav", "-o", "silent.png", "--raw")
+        self.assertIn("note: silent: every sample is 0", out)
+        with open("silent.png", "rb") as file:
+            pixels = zlib.decompressobj().decompress(file.read().split(b"IDAT")[1])
+        self.assertLess(max(pixels), 5)  # the darkest colour is (0, 0, 4)
 
     def test_info_and_presets_as_json(self):
         write_wav("stereo.wav", np.stack([sine(440), sine(1000)], axis=1), 44100)

@@ -28,6 +28,9 @@ Signal load_signal(const std::string& path, int sample_rate, Report& report) {
         report.notes.push_back("converted from " + std::to_string(sound.sample_rate) + " to " +
                                std::to_string(sample_rate) + " Hz");
     }
+    if (std::all_of(signal.samples.begin(), signal.samples.end(),
+                    [](float sample) { return sample == 0; }))
+        report.notes.push_back("silent: every sample is 0");
     const auto bad_n = std::count_if(signal.samples.begin(), signal.samples.end(),
                                      [](float sample) { return !std::isfinite(sample); });
     if (bad_n > 0)
@@ -59,7 +62,11 @@ Picture picture_of(std::vector<float> decibels, const FrameSettings& frame, int 
     picture.row_n = picture.cells.size() / picture.column_n;
     const auto [lowest, highest] = std::minmax_element(picture.cells.begin(), picture.cells.end());
     picture.highest = *highest;
-    picture.lowest = std::min(*lowest, *highest - 1);  // silence has no range of its own
+    picture.lowest = *lowest;
+    if (picture.lowest == picture.highest) {  // silence lies at its own maximum, but is to be dark
+        picture.lowest = picture.highest - 80;
+        std::fill(picture.cells.begin(), picture.cells.end(), picture.lowest);
+    }
     picture.title = title;
     picture.first_seconds = first_frame_seconds(frame, sample_rate);
     picture.seconds_per_column = static_cast<double>(frame.hop_n) / sample_rate;
