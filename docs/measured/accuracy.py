@@ -185,4 +185,4 @@ def agree(old, new):
 
 
 if __name__ == "__main__":
-    sys.exit(page.serve("accuracy.py", "accuracy.md", measure, agree))
+    sys.exit(page.serve("accuracy", measure, agree))

@@ -154,4 +154,4 @@ if __name__ == "__main__":
     with warnings.catch_warnings():
         warnings.simplefilter("ignore")  # torchaudio names bands without bins
         OURS, DOUBLE, TENSORS = names()
-        sys.exit(page.serve("equivalences.py", "equivalences.md", measure, agree))
+        sys.exit(page.serve("equivalences", measure, agree))

@@ -43,19 +43,21 @@ def rounded_up(value):
     return f"{math.ceil(value / unit - 1e-9) * unit:.0e}"
 
 
-def serve(script, page_name, measure, agree, draw=None):
-    """``measure()`` gives the lines, ``agree(page, now)`` compares two numbers, ``draw(folder)`` plots.
+def serve(name, measure, agree, draw=None):
+    """Does what the options say with ``name``.py and ``name``.md.
+
+    ``measure()`` gives the lines, ``agree(page, now)`` compares two numbers, ``draw(folder)`` plots.
 
     Numbers are compared where a cell is nothing else; all other text has to be the same. A cell that
     is empty now could not be measured here.
     """
-    parser = argparse.ArgumentParser(prog=script, description=__doc__,
+    parser = argparse.ArgumentParser(prog=name + ".py", description=__doc__,
                                      formatter_class=argparse.RawTextHelpFormatter)
     parser.add_argument("--update", action="store_true")
     parser.add_argument("--check", action="store_true")
     options = parser.parse_args()
-    page = FOLDER / page_name
-    begin, end = f"<!-- measured by docs/measured/{script} -->\n", "<!-- end -->\n"
+    page = FOLDER / f"{name}.md"
+    begin, end = f"<!-- measured by docs/measured/{name}.py -->\n", "<!-- end -->\n"
     lines = measure()
     if not (options.update or options.check):
         print("\n".join(lines))
@@ -67,16 +69,17 @@ def serve(script, page_name, measure, agree, draw=None):
         if draw:
             draw(FOLDER)
         return 0
-    return 0 if _same(page_name, printed.strip().splitlines(), "\n".join(lines).strip().splitlines(), agree) else 1
+    return 0 if _same(printed.strip(), "\n".join(lines).strip(), agree) else 1
 
 
-def _same(page_name, printed, measured, agree):
+def _same(printed, measured, agree):
+    printed, measured = printed.splitlines(), measured.splitlines()
     good = len(printed) == len(measured)
     if not good:
-        print(f"{page_name} has {len(printed)} measured lines, and now there are {len(measured)}")
+        print(f"the page has {len(printed)} measured lines, and now there are {len(measured)}")
     for old, new in zip(printed, measured):
         if not _same_line(old.split(" | "), new.split(" | "), agree):
-            print(f"{page_name}: {old}\n{' ' * len(page_name)}now {new}")
+            print(f"page {old}\nnow  {new}")
             good = False
     return good
 

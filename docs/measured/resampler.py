@@ -139,4 +139,4 @@ def agree(old, new):
 
 
 if __name__ == "__main__":
-    sys.exit(page.serve("resampler.py", "resampler.md", measure, agree, draw))
+    sys.exit(page.serve("resampler", measure, agree, draw))
