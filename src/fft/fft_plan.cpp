@@ -8,24 +8,36 @@
 namespace sorvo::audio {
 namespace {
 
-/// The roots that a stage of this factor and length multiplies by, as positions in the table of n
-/// roots: column k, output u, input s = 1, 2, ... (input 0 is never multiplied).
-template <class Visit>
-void visit_twiddles(std::size_t n, std::size_t factor, std::size_t sub_n, std::size_t k,
-                    Visit visit) {
-    const std::size_t length = factor * sub_n;
-    for (std::size_t u = 0; u < factor; ++u) {
-        for (std::size_t s = 1; s < factor; ++s) {
-            visit(s * (k + u * sub_n) % length * (n / length));
-        }
-    }
-}
-
 bool has_stage_kernel(std::size_t factor) {
     return factor <= 7 && factor != 6;
 }
 
+/// Adds the roots of column k of a stage: output u, input s = 1, 2, ... (input 0 is never
+/// multiplied).
+void add_roots(std::vector<std::size_t>& roots, std::size_t n, std::size_t factor,
+               std::size_t sub_n, std::size_t k) {
+    const std::size_t length = factor * sub_n;
+    for (std::size_t u = 0; u < factor; ++u) {
+        for (std::size_t s = 1; s < factor; ++s) {
+            roots.push_back(s * (k + u * sub_n) % length * (n / length));
+        }
+    }
+}
+
 }  // namespace
+
+std::vector<std::size_t> column_roots(std::size_t n, const FftStage& stage, std::size_t k) {
+    std::vector<std::size_t> roots;
+    if (stage.factor == fused_twos) {
+        // The inner stage, then the outer ones of the columns k and k + sub_n that it feeds.
+        add_roots(roots, n, 2, stage.sub_n, k);
+        add_roots(roots, n, 2, 2 * stage.sub_n, k);
+        add_roots(roots, n, 2, 2 * stage.sub_n, k + stage.sub_n);
+    } else {
+        add_roots(roots, n, stage.factor, stage.sub_n, k);
+    }
+    return roots;
+}
 
 FftPlan::FftPlan(int n, const std::vector<float>& table)
     : n_(static_cast<std::size_t>(n)), roots_(table.data()) {
@@ -75,25 +87,17 @@ void FftPlan::plan_general(const std::vector<float>& table) {
     const std::vector<std::size_t> factors = fft_factors(n_);
     std::size_t length = n_;
     std::vector<std::size_t> starts;
-    const auto add = [&](std::size_t root) {
-        twiddles_.push_back(table[2 * root]);
-        twiddles_.push_back(table[2 * root + 1]);
-    };
     for (std::size_t i = 0; i < factors.size(); ++i) {
         const bool fused = factors[i] == 2 && i + 1 < factors.size() && factors[i + 1] == 2;
         const std::size_t factor = fused ? fused_twos : factors[i];
         const std::size_t sub_n = length / factor;
         stages_.push_back({factor, sub_n, n_ / length, nullptr});  // NOLINT: length is not 0
         starts.push_back(twiddles_.size());
-        for (std::size_t k = 0; fused && k < sub_n; ++k) {
-            // The inner stage of column k, then the outer ones of the columns k and k + sub_n that
-            // it feeds.
-            visit_twiddles(n_, 2, sub_n, k, add);
-            visit_twiddles(n_, 2, 2 * sub_n, k, add);
-            visit_twiddles(n_, 2, 2 * sub_n, k + sub_n, add);
-        }
-        for (std::size_t k = 0; !fused && has_stage_kernel(factor) && k < sub_n; ++k) {
-            visit_twiddles(n_, factor, sub_n, k, add);
+        for (std::size_t k = 0; has_stage_kernel(factor) && k < sub_n; ++k) {
+            for (const std::size_t root : column_roots(n_, stages_.back(), k)) {
+                twiddles_.push_back(table[2 * root]);
+                twiddles_.push_back(table[2 * root + 1]);
+            }
         }
         i += fused ? 1 : 0;
         length = sub_n;
@@ -104,6 +108,7 @@ void FftPlan::plan_general(const std::vector<float>& table) {
             stages_[i].twiddles = twiddles_.data() + starts[i];
         }
     }
+    single_ = SinglePlan(n_, stages_, base_n_, table);
 }
 
 FftPlanView FftPlan::view() const {
@@ -111,8 +116,8 @@ FftPlanView FftPlan::view() const {
     for (const FftStage& stage : stages_) {
         largest = std::max(largest, stage.factor);
     }
-    return {n_,      roots_,  twiddles_.data(), stages_.data(),  stages_.size(),
-            base_n_, largest, block_n_,         columns_.data(), order_.data()};
+    return {n_,      roots_,   twiddles_.data(), stages_.data(), stages_.size(), base_n_,
+            largest, block_n_, columns_.data(),  order_.data(),  single_.view()};
 }
 
 }  // namespace sorvo::audio

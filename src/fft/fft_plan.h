@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "fft/single_plan.h"
+
 namespace sorvo::audio {
 
 /// One stage of a transform whose length is not a power of two: it joins `factor` transforms of
@@ -20,6 +22,10 @@ struct FftStage {
 
 constexpr std::size_t fused_twos = 4;  // 4 is never a factor by itself
 
+/// The roots that column k of a stage of a transform of length n multiplies by, in the order of the
+/// arithmetic, as positions in the table of n roots.
+std::vector<std::size_t> column_roots(std::size_t n, const FftStage& stage, std::size_t k);
+
 /// Plain pointers: kernels are compiled for one processor level each and may not share inline code.
 struct FftPlanView {
     std::size_t n;
@@ -30,10 +36,13 @@ struct FftPlanView {
     std::size_t base_n;          ///< length of the direct transforms that the innermost stage joins
     std::size_t largest_factor;  ///< of the stages, at least 1
 
-    /// For one transform with its own elements as lanes; block_n is 0 where there is no such way.
-    std::size_t block_n;   ///< elements that are left to transforms with a block in each lane
-    const float* columns;  ///< powers of two: the stages above, each c, s of k, 2k, 3k in turn
-    const std::uint32_t* order;  ///< powers of two: where block rev(i) begins
+    /// For one transform of a power of two with its own elements as lanes; block_n is 0 where there
+    /// is no such way.
+    std::size_t block_n;         ///< elements that are left to transforms with a block in each lane
+    const float* columns;        ///< the stages above, each c, s of k, 2k, 3k in turn
+    const std::uint32_t* order;  ///< where block rev(i) begins
+
+    SinglePlanView single;  ///< the same for other lengths
 };
 
 /// Longer transforms are computed one at a time and have no plan.
@@ -60,6 +69,7 @@ class FftPlan {
     std::size_t block_n_ = 0;
     std::vector<float> columns_;
     std::vector<std::uint32_t> order_;
+    SinglePlan single_;
 };
 
 }  // namespace sorvo::audio

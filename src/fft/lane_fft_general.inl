@@ -306,6 +306,16 @@ class GeneralTransform {
         }
     }
 
+    /// The transform of the elements 0, stride, 2 stride, ... by the stages from `level` inwards,
+    /// into x.
+    void run_inner(Pack* x, std::size_t level, std::size_t stride) const {
+        if (level == plan_.stage_n) {
+            bases(x, 1, 0, stride / plan_.stages[level - 1].factor);
+        } else {
+            sub_transform(x, level, 0, stride);
+        }
+    }
+
   private:
     using Value = typename Input::Value;  // Pack or Complex
 

@@ -59,13 +59,13 @@ SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
     store(dst + lane_n, _mm512_permutex2var_ps(re, high, im));
 }
 
-SORVO_INLINE void store_separated(float* re, float* im, Pack low, Pack high) {
+SORVO_INLINE void separate(Pack& re, Pack& im, Pack low, Pack high) {
     const __m512i even =
         _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
     const __m512i odd =
         _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
-    store(re, _mm512_permutex2var_ps(low, even, high));
-    store(im, _mm512_permutex2var_ps(low, odd, high));
+    re = _mm512_permutex2var_ps(low, even, high);
+    im = _mm512_permutex2var_ps(low, odd, high);
 }
 
 SORVO_INLINE void store_with_zeros(float* dst, const float* src) {
@@ -126,11 +126,11 @@ SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
     store(dst + lane_n, _mm256_permute2f128_ps(low, high, 0x31));
 }
 
-SORVO_INLINE void store_separated(float* re, float* im, Pack low, Pack high) {
+SORVO_INLINE void separate(Pack& re, Pack& im, Pack low, Pack high) {
     const __m256 first = _mm256_permute2f128_ps(low, high, 0x20);
     const __m256 second = _mm256_permute2f128_ps(low, high, 0x31);
-    store(re, _mm256_shuffle_ps(first, second, 0x88));
-    store(im, _mm256_shuffle_ps(first, second, 0xdd));
+    re = _mm256_shuffle_ps(first, second, 0x88);
+    im = _mm256_shuffle_ps(first, second, 0xdd);
 }
 
 SORVO_INLINE void store_with_zeros(float* dst, const float* src) {
@@ -184,9 +184,9 @@ SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
     store(dst + lane_n, _mm_unpackhi_ps(re, im));
 }
 
-SORVO_INLINE void store_separated(float* re, float* im, Pack low, Pack high) {
-    store(re, _mm_shuffle_ps(low, high, 0x88));
-    store(im, _mm_shuffle_ps(low, high, 0xdd));
+SORVO_INLINE void separate(Pack& re, Pack& im, Pack low, Pack high) {
+    re = _mm_shuffle_ps(low, high, 0x88);
+    im = _mm_shuffle_ps(low, high, 0xdd);
 }
 
 SORVO_INLINE void store_with_zeros(float* dst, const float* src) {
@@ -203,6 +203,14 @@ SORVO_INLINE bool any_zero(Pack value) {
 }
 
 #endif
+
+SORVO_INLINE void store_separated(float* re, float* im, Pack low, Pack high) {
+    Pack even;
+    Pack odd;
+    separate(even, odd, low, high);
+    store(re, even);
+    store(im, odd);
+}
 
 /// The largest magnitude seen, as bits: so NaN is above infinity.
 class Magnitude {

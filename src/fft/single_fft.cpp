@@ -33,10 +33,17 @@ bool real_fft_by_kernel(float* dst, const float* src, int n, const SingleKernels
     }
     const FftPlanView plan = FftTable::instance().ref_plan(n).view();
     const auto size = static_cast<std::size_t>(n);
+    alignas(64) float work[single_work_n];
+    if (plan.single.part_n != 0) {
+        if (!is_tame(kernels.largest_magnitude(src, size), n)) {
+            return false;
+        }
+        kernels.real_general(dst, src, plan, work);
+        return true;
+    }
     if (plan.block_n == 0 || overlap(dst, src, 2 * size)) {
         return false;
     }
-    alignas(64) float work[single_work_n];
     const std::uint32_t magnitude = kernels.real_pow2(dst, src, plan, work);
     dst[1] = 1.0F;
     dst[size + 1] = 1.0F;
@@ -52,10 +59,17 @@ bool complex_ifft_by_kernel(float* dst, const float* src, int n, const SingleKer
     }
     const FftPlanView plan = FftTable::instance().ref_inv_plan(n).view();
     const std::size_t float_n = 2 * static_cast<std::size_t>(n);
+    alignas(64) float work[single_work_n];
+    if (plan.single.part_n != 0) {
+        if (!is_tame(kernels.largest_magnitude(src, float_n), n)) {
+            return false;
+        }
+        kernels.inverse_general(dst, src, plan, work);
+        return true;
+    }
     if (plan.block_n == 0 || overlap(dst, src, float_n)) {
         return false;
     }
-    alignas(64) float work[single_work_n];
     const std::uint32_t magnitude = kernels.inverse_pow2(dst, src, plan, work);
     return is_tame(magnitude, n) && !kernels.any_zero(dst, float_n);
 }

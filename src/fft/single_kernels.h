@@ -9,8 +9,11 @@
 
 namespace sorvo::audio {
 
-/// Floats of working storage that a single transform takes; aligned.
-constexpr std::size_t single_work_n = 2 * max_planned_n + 16 + 2 * 32 * 16;
+/// Floats of working storage that a single transform takes at most; aligned.
+constexpr std::size_t single_work_n = 4 * max_planned_n;
+
+/// The part of it for the end of the input.
+constexpr std::size_t single_tail_n = 4 * widest_lane_n;
 
 struct SingleKernels {
     /// All bins of n real elements, and the inverse of n complex ones: plans of a power of two with
@@ -20,6 +23,14 @@ struct SingleKernels {
     std::uint32_t (*real_pow2)(float* dst, const float* src, const FftPlanView& plan, float* work);
     std::uint32_t (*inverse_pow2)(float* dst, const float* src, const FftPlanView& plan,
                                   float* work);
+
+    /// The same for other lengths, exactly; dst may overlap src. Only for data whose largest
+    /// magnitude is far from overflow.
+    void (*real_general)(float* dst, const float* src, const FftPlanView& plan, float* work);
+    void (*inverse_general)(float* dst, const float* src, const FftPlanView& plan, float* work);
+
+    /// The bit pattern of the largest magnitude.
+    std::uint32_t (*largest_magnitude)(const float* data, std::size_t n);
 
     /// For n a multiple of 64.
     bool (*any_zero)(const float* data, std::size_t n);

@@ -1,5 +1,6 @@
 // The kernels of single_kernels.h for the level of the including translation unit.
-#include "fft/lane_fft_single.inl"
+#include "fft/lane_fft_single_general.inl"
+#include "fft/lane_fft_single_pow2.inl"
 
 namespace sorvo::audio {
 namespace {
@@ -19,8 +20,23 @@ bool any_zero(const float* data, std::size_t n) {
                                       smaller_magnitude(smallest[2], smallest[3])));
 }
 
+std::uint32_t largest_magnitude(const float* data, std::size_t n) {
+    Magnitude magnitudes[2];
+    std::size_t i = 0;
+    for (; i + 2 * lane_n <= n; i += 2 * lane_n) {
+        magnitudes[0].see(load(data + i));
+        magnitudes[1].see(load(data + i + lane_n));
+    }
+    for (; i < n; ++i) {
+        magnitudes[0].see(data[i]);
+    }
+    const std::uint32_t bits[2] = {magnitudes[0].bits(), magnitudes[1].bits()};
+    return bits[0] > bits[1] ? bits[0] : bits[1];
+}
+
 constexpr SingleKernels make_single_kernels() {
-    return {single_real_pow2, single_inverse_pow2, any_zero};
+    return {single_real_pow2,       single_inverse_pow2, single_real_general,
+            single_inverse_general, largest_magnitude,   any_zero};
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "fft/fft_plan.h"
 #include "fft/lane_fft_pow2.inl"
 #include "fft/lane_moves.inl"
+#include "fft/lane_split_arrays.inl"
 #include "util/lanes.inl"
 
 namespace sorvo::audio {
@@ -29,17 +30,6 @@ struct ColumnTwiddles {
 SORVO_INLINE Complex multiply(Complex t, const Complex& w) {
     return {w.re * t.re - w.im * t.im, w.re * t.im + w.im * t.re};
 }
-
-struct SplitArrays {
-    float* re;
-    float* im;
-
-    SORVO_INLINE Complex load_at(std::size_t i) const { return {load(re + i), load(im + i)}; }
-    SORVO_INLINE void store_at(std::size_t i, Complex value) const {
-        store(re + i, value.re);
-        store(im + i, value.im);
-    }
-};
 
 /// A stage of the blocks that begin at begin, begin + span, ... below n.
 template <bool inverse>

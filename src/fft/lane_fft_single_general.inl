@@ -1,0 +1,446 @@
+// One transform of any other length with its own elements as lanes: the sums of fft_general.
+//
+// 1. Row r is the transform of the elements r, r + R, r + 2 R, ... for each residue r mod R: the
+//    inner stages. Lanes are neighbouring residues, which are neighbours in the input; the results
+//    are transposed. Or, if rows are direct transforms of a prime length and too few to fill the
+//    lanes, one row after the other with its outputs as lanes.
+// 2. The outer stages join rows in place; lanes are neighbouring outputs. Rows stay apart, each
+// with
+//    its padding: closed up, most loads would span two stores that have not reached the cache. The
+//    twiddles of a stage are stored likewise: the values of widest_lane_n columns are runs in the
+//    order of the arithmetic, real parts and imaginary parts in turn.
+// 3. The outermost stage delivers its outputs to their places.
+//
+// What is left out of the sums is what lane_fft_general.inl leaves out; data must be finite. The
+// result is written after all input is read: it may take its place.
+#pragma once
+
+#include "fft/fft_plan.h"
+#include "fft/lane_fft_general.inl"
+#include "fft/lane_moves.inl"
+#include "fft/lane_split_arrays.inl"
+#include "fft/single_kernels.h"
+#include "util/lanes.inl"
+
+namespace sorvo::audio {
+namespace {
+
+SORVO_INLINE Pack load_element(const float* src, const Pack*) {
+    return load(src);
+}
+
+SORVO_INLINE Complex load_element(const float* src, const Complex*) {
+    Complex value;
+    separate(value.re, value.im, load(src), load(src + lane_n));
+    return value;
+}
+
+SORVO_INLINE Pack broadcast_element(const float* src, const Pack*) {
+    return broadcast(src[0]);
+}
+
+SORVO_INLINE Complex broadcast_element(const float* src, const Complex*) {
+    return {broadcast(src[0]), broadcast(src[1])};
+}
+
+/// What becomes of a sum.
+struct Unscaled {
+    SORVO_INLINE Complex operator()(Complex sum) const { return sum; }
+};
+
+struct Divided {
+    Pack divisor;
+
+    SORVO_INLINE Complex operator()(Complex sum) const {
+        return {sum.re / divisor, sum.im / divisor};
+    }
+};
+
+/// The input: real (Pack) or complex elements, in memory one after the other.
+template <class T>
+class Elements {
+  public:
+    using Value = T;
+
+    /// `tail` is room for single_tail_n floats: the last elements again, with zeros behind them.
+    Elements(const float* src, std::size_t n, float* tail)
+        : src_(src), tail_(tail), tail_start_(n < lane_n ? 0 : n - lane_n) {
+        const std::size_t tail_n = (n - tail_start_) * float_n;
+        for (std::size_t i = 0; i < tail_n; ++i) {
+            tail[i] = src[tail_start_ * float_n + i];
+        }
+        for (std::size_t i = tail_n; i < 2 * lane_n * float_n; ++i) {
+            tail[i] = 0.0F;
+        }
+    }
+
+    /// The elements i, i + 1, ... in the lanes.
+    SORVO_INLINE Value run(std::size_t i) const {
+        const float* const from =
+            i < tail_start_ ? src_ + i * float_n : tail_ + (i - tail_start_) * float_n;
+        return load_element(from, static_cast<Value*>(nullptr));
+    }
+
+    /// Element i in all lanes.
+    SORVO_INLINE Value at(std::size_t i) const {
+        return broadcast_element(src_ + i * float_n, static_cast<Value*>(nullptr));
+    }
+
+  private:
+    static constexpr std::size_t float_n = is_real(static_cast<T*>(nullptr)) ? 1 : 2;
+
+    const float* src_;
+    const float* tail_;
+    std::size_t tail_start_;
+};
+
+/// The input of the transforms of the residues first, first + 1, ...
+template <class T>
+struct ResidueInput {
+    using Value = T;
+
+    const Elements<T>& elements;
+    std::size_t first;
+
+    SORVO_INLINE Value operator()(std::size_t i) const { return elements.run(first + i); }
+};
+
+/// The rows of the residues first, first + 1, ... from their transforms in the lanes.
+[[gnu::noinline]] void transpose_rows(SplitArrays rows, const SinglePlanView& single, const Pack* x,
+                                      std::size_t first, std::size_t count) {
+    constexpr std::size_t hop = 2 * lane_n;
+    const auto* const values = reinterpret_cast<const float*>(x);
+    for (std::size_t k = 0; k < single.part_n; k += lane_n) {
+        for (std::size_t lane = 0; lane < lane_n; lane += 4) {
+            for (std::size_t part = 0; part < 2; ++part) {
+                const float* const from = values + k * hop + part * lane_n + lane;
+                float* const to = (part == 0 ? rows.re : rows.im) + k;
+                Pack packs[4];
+                for (std::size_t i = 0; i < 4; ++i) {
+                    packs[i] = load_columns(from + i * hop, hop);
+                }
+                transpose_quarters(packs[0], packs[1], packs[2], packs[3]);
+                for (std::size_t i = 0; i < 4 && lane + i < count; ++i) {
+                    store(to + single.rows[first + lane + i], packs[i]);
+                }
+            }
+        }
+    }
+}
+
+template <class T>
+void rows_by_residue(SplitArrays rows, const FftPlanView& plan, const Elements<T>& elements,
+                     Pack* work) {
+    const SinglePlanView& single = plan.single;
+    const std::size_t row_count = plan.n / single.part_n;
+    Pack* const scratch = work + 2 * single.row_n;
+    for (std::size_t k = single.part_n; k < single.row_n; ++k) {
+        store(work, k, {Pack{}, Pack{}});
+    }
+    for (std::size_t first = 0; first < row_count; first += lane_n) {
+        const ResidueInput<T> input{elements, first};
+        GeneralTransform<ResidueInput<T>>(plan, scratch, input)
+            .run_inner(work, single.outer_n, row_count);
+        transpose_rows(rows, single, work, first, row_count - first);
+    }
+}
+
+/// pack_n packs of outputs of a direct transform of prime length, from the power `first` on;
+/// returns output 0. Input j = g^b adds to output g^a the product with the root to the power a + b.
+template <std::size_t pack_n, class T, class Input>
+SORVO_INLINE Complex sum_powers(Complex* sums, const SinglePlanView& single, std::size_t first,
+                                Input input) {
+    const float* const re = single.powers + first;
+    const float* const im = re + single.power_n;
+    Complex zeroth = first_term(input(0));
+    for (std::size_t i = 0; i < pack_n; ++i) {
+        sums[i] = zeroth;
+    }
+    for (std::size_t j = 1; j < single.part_n; ++j) {
+        const T x = input(j);
+        const std::size_t b = single.exponents[j - 1];
+        for (std::size_t i = 0; i < pack_n; ++i) {
+            add_product(sums[i], Complex{load(re + b + i * lane_n), load(im + b + i * lane_n)}, x);
+        }
+        add(zeroth, x);
+    }
+    return zeroth;
+}
+
+template <std::size_t pack_n, class T, class Input, class Finish>
+[[gnu::noinline]] Complex store_powers(float* dst, const SinglePlanView& single, std::size_t first,
+                                       Input input, Finish finish) {
+    Complex sums[pack_n];
+    const Complex zeroth = sum_powers<pack_n, T>(sums, single, first, input);
+    for (std::size_t i = 0; i < pack_n; ++i) {
+        const Complex value = finish(sums[i]);
+        store_interleaved(dst + 2 * (first + i * lane_n), value.re, value.im);
+    }
+    return finish(zeroth);
+}
+
+/// The direct transform of the elements first, first + step, ...; put(k, value) takes output k as
+/// two floats.
+template <class T, class Finish, class Put>
+void direct_transform(const SinglePlanView& single, const Elements<T>& elements, std::size_t first,
+                      std::size_t step, float* work, Finish finish, Put put) {
+    const auto input = [&](std::size_t j) { return elements.at(first + j * step); };
+    const std::size_t pack_n = (single.part_n - 1 + lane_n - 1) / lane_n;
+    constexpr std::size_t largest_group = 6;
+    const std::size_t group_count = (pack_n + largest_group - 1) / largest_group;
+    Complex zeroth{};
+    std::size_t done = 0;
+    for (std::size_t group = 0; group < group_count; ++group) {
+        const std::size_t next = pack_n * (group + 1) / group_count;
+        const std::size_t from = done * lane_n;
+        switch (next - done) {
+            case 1:
+                zeroth = store_powers<1, T>(work, single, from, input, finish);
+                break;
+            case 2:
+                zeroth = store_powers<2, T>(work, single, from, input, finish);
+                break;
+            case 3:
+                zeroth = store_powers<3, T>(work, single, from, input, finish);
+                break;
+            case 4:
+                zeroth = store_powers<4, T>(work, single, from, input, finish);
+                break;
+            case 5:
+                zeroth = store_powers<5, T>(work, single, from, input, finish);
+                break;
+            default:
+                zeroth = store_powers<largest_group, T>(work, single, from, input, finish);
+        }
+        done = next;
+    }
+    const float output0[2] = {zeroth.re[0], zeroth.im[0]};
+    put(0, output0);
+    for (std::size_t k = 1; k < single.part_n; ++k) {
+        put(k, work + 2 * single.exponents[k - 1]);
+    }
+}
+
+template <class T>
+void rows_directly(SplitArrays rows, const FftPlanView& plan, const Elements<T>& elements,
+                   float* work) {
+    const std::size_t row_count = plan.n / plan.single.part_n;
+    for (std::size_t residue = 0; residue < row_count; ++residue) {
+        const std::size_t row = plan.single.rows[residue];
+        direct_transform(plan.single, elements, residue, row_count, work, Unscaled(),
+                         [=](std::size_t k, const float* value) {
+                             rows.re[row + k] = value[0];
+                             rows.im[row + k] = value[1];
+                         });
+    }
+}
+
+/// Twiddles of lane_n columns, in the order of the arithmetic.
+struct RowTwiddles {
+    const float* at;
+
+    SORVO_INLINE Complex operator[](std::size_t i) const {
+        const float* const from = at + 2 * i * widest_lane_n;
+        return {load(from), load(from + widest_lane_n)};
+    }
+};
+
+constexpr std::size_t any_factor = 0;
+
+/// The outputs of lane_n columns of a stage: put(u, value) of the inputs get(0), get(1), ...
+template <std::size_t factor>
+struct Columns {
+    template <class Get, class Put>
+    SORVO_INLINE static void join(std::size_t /*factor*/, RowTwiddles w, Pack* /*scratch*/, Get get,
+                                  Put put) {
+        Complex y[factor];
+        for (std::size_t s = 0; s < factor; ++s) {
+            y[s] = get(s);
+        }
+        for (std::size_t u = 0; u < factor; ++u) {
+            Complex sum = y[0];
+            for (std::size_t s = 1; s < factor; ++s) {
+                add_product(sum, w[u * (factor - 1) + s - 1], y[s]);
+            }
+            put(u, sum);
+        }
+    }
+};
+
+SORVO_INLINE Complex plus_product(Complex a, Complex w, Complex b) {
+    add_product(a, w, b);
+    return a;
+}
+
+template <>
+struct Columns<fused_twos> {
+    template <class Get, class Put>
+    SORVO_INLINE static void join(std::size_t /*factor*/, RowTwiddles w, Pack* /*scratch*/, Get get,
+                                  Put put) {
+        const Complex y[4] = {get(0), get(1), get(2), get(3)};
+        const Complex a = plus_product(y[0], w[0], y[1]);
+        const Complex b = plus_product(y[2], w[0], y[3]);
+        put(0, plus_product(a, w[2], b));
+        put(2, plus_product(a, w[3], b));
+        const Complex c = plus_product(y[0], w[1], y[1]);
+        const Complex d = plus_product(y[2], w[1], y[3]);
+        put(1, plus_product(c, w[4], d));
+        put(3, plus_product(c, w[5], d));
+    }
+};
+
+/// Any factor: `scratch` is room for the inputs.
+template <>
+struct Columns<any_factor> {
+    template <class Get, class Put>
+    SORVO_INLINE static void join(std::size_t factor, RowTwiddles w, Pack* scratch, Get get,
+                                  Put put) {
+        for (std::size_t s = 0; s < factor; ++s) {
+            store(scratch, s, get(s));
+        }
+        for (std::size_t u = 0; u < factor; ++u) {
+            Complex sum = load(scratch, 0);
+            for (std::size_t s = 1; s < factor; ++s) {
+                add_product(sum, w[u * (factor - 1) + s - 1], load(scratch, s));
+            }
+            put(u, sum);
+        }
+    }
+};
+
+/// Calls body(Columns<factor>()).
+template <class Body>
+SORVO_INLINE void with_columns(std::size_t factor, Body body) {
+    switch (factor) {
+        case 2:
+            body(Columns<2>());
+            break;
+        case 3:
+            body(Columns<3>());
+            break;
+        case fused_twos:
+            body(Columns<fused_twos>());
+            break;
+        case 5:
+            body(Columns<5>());
+            break;
+        case 7:
+            body(Columns<7>());
+            break;
+        default:
+            body(Columns<any_factor>());
+    }
+}
+
+/// Goes through the columns of outer stage `level`, lane_n at a time: body(k, rest, place, w) with
+/// the first of them, how many the row has from there on, its place in the rows and the twiddles.
+template <class Body>
+SORVO_INLINE void for_columns(const FftPlanView& plan, std::size_t level, Body body) {
+    const SinglePlanView& single = plan.single;
+    const FftStage& stage = plan.stages[level];
+    const std::size_t factor = stage.factor;
+    const std::size_t value_n = 2 * (factor == fused_twos ? 6 : factor * (factor - 1));
+    std::size_t row = 0;
+    for (std::size_t start = 0; start < stage.sub_n; start += single.part_n, row += single.row_n) {
+        for (std::size_t k = 0; k < single.part_n; k += lane_n) {
+            const std::size_t place = row + k;
+            const std::size_t in_group = place % widest_lane_n;
+            body(start + k, single.part_n - k, place,
+                 RowTwiddles{single.twiddles[level] + (place - in_group) * value_n + in_group});
+        }
+    }
+}
+
+template <class Columns>
+[[gnu::noinline]] void join_rows(SplitArrays x, const FftPlanView& plan, std::size_t level,
+                                 Pack* scratch) {
+    const FftStage& stage = plan.stages[level];
+    const std::size_t width = stage.sub_n / plan.single.part_n * plan.single.row_n;
+    for_columns(plan, level, [&](std::size_t, std::size_t, std::size_t place, RowTwiddles w) {
+        for (std::size_t block = 0; block < stage.blocks; ++block) {
+            const std::size_t from = block * stage.factor * width + place;
+            Columns::join(
+                stage.factor, w, scratch,
+                [=](std::size_t s) { return x.load_at(from + s * width); },
+                [=](std::size_t u, Complex sum) { x.store_at(from + u * width, sum); });
+        }
+    });
+}
+
+/// The first count of lane_n complex values.
+SORVO_INLINE void store_some(float* dst, Complex value, std::size_t count) {
+    float values[2 * lane_n];
+    store_interleaved(values, value.re, value.im);
+    for (std::size_t i = 0; i < 2 * count; ++i) {
+        dst[i] = values[i];
+    }
+}
+
+/// The outermost stage. Packs overlap: what the padding of a row leaves is written over by the next
+/// row; only what would reach beyond the rows of an output is cut off.
+template <class Columns, class Finish>
+[[gnu::noinline]] void deliver_rows(float* dst, SplitArrays x, const FftPlanView& plan,
+                                    Pack* scratch, Finish finish) {
+    const FftStage& stage = plan.stages[0];
+    const std::size_t sub_n = stage.sub_n;
+    const std::size_t width = sub_n / plan.single.part_n * plan.single.row_n;
+    for_columns(plan, 0, [&](std::size_t k, std::size_t rest, std::size_t place, RowTwiddles w) {
+        const bool whole = k + lane_n <= sub_n;
+        const std::size_t count = rest < lane_n ? rest : lane_n;
+        Columns::join(
+            stage.factor, w, scratch, [=](std::size_t s) { return x.load_at(place + s * width); },
+            [=](std::size_t u, Complex sum) {
+                float* const to = dst + 2 * (k + u * sub_n);
+                const Complex value = finish(sum);
+                if (whole) {
+                    store_interleaved(to, value.re, value.im);
+                } else {
+                    store_some(to, value, count);
+                }
+            });
+    });
+}
+
+/// All outputs, each as `finish` makes it of its sum; `work` is room for single_work_n floats.
+template <class T, class Finish>
+SORVO_INLINE void single_general(float* dst, const float* src, const FftPlanView& plan, float* work,
+                                 Finish finish) {
+    const SinglePlanView& single = plan.single;
+    const Elements<T> elements(src, plan.n, work);
+    work += single_tail_n;
+    if (single.outer_n == 0) {
+        direct_transform(single, elements, 0, 1, work, finish,
+                         [=](std::size_t k, const float* value) {
+                             __builtin_memcpy(dst + 2 * k, value, 2 * sizeof *dst);
+                         });
+        return;
+    }
+    const std::size_t rows_n = plan.n / single.part_n * single.row_n;
+    // The imaginary parts begin a line further on, lest both meet in the same sets of the cache.
+    const SplitArrays rows = {work, work + rows_n + widest_lane_n};
+    work = rows.im + rows_n;
+    auto* const packs = reinterpret_cast<Pack*>(work);
+    if (single.powers != nullptr) {
+        rows_directly(rows, plan, elements, work);
+    } else {
+        rows_by_residue(rows, plan, elements, packs);
+    }
+    for (std::size_t level = single.outer_n - 1; level > 0; --level) {
+        with_columns(plan.stages[level].factor,
+                     [&](auto columns) { join_rows<decltype(columns)>(rows, plan, level, packs); });
+    }
+    with_columns(plan.stages[0].factor, [&](auto columns) {
+        deliver_rows<decltype(columns)>(dst, rows, plan, packs, finish);
+    });
+}
+
+void single_real_general(float* dst, const float* src, const FftPlanView& plan, float* work) {
+    single_general<Pack>(dst, src, plan, work, Unscaled());
+}
+
+void single_inverse_general(float* dst, const float* src, const FftPlanView& plan, float* work) {
+    single_general<Complex>(dst, src, plan, work, Divided{broadcast(static_cast<float>(plan.n))});
+}
+
+}  // namespace
+}  // namespace sorvo::audio

@@ -1,0 +1,56 @@
+// What the kernel of one transform needs where the length is not a power of two.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace sorvo::audio {
+
+struct FftStage;
+
+/// Lanes are first neighbouring residues of a transform's input, then neighbouring outputs: the
+/// elements r, r + n / part_n, r + 2 n / part_n, ... are transformed by the inner stages, and each
+/// result is a row that the outer stages join. Plain pointers, as in FftPlanView.
+struct SinglePlanView {
+    std::size_t part_n;            ///< length of a row; 0 where there is no such way
+    std::size_t row_n;             ///< the same with its padding
+    std::size_t outer_n;           ///< the first stages of the plan join rows
+    const std::uint32_t* rows;     ///< where the row of residue r begins
+    const float* const* twiddles;  ///< of each outer stage; see lane_fft_single_general.inl
+
+    /// Where rows are direct transforms of a prime length with neighbouring outputs as lanes, or
+    /// nullptr. Output 0 apart, they are computed in the order of the powers of a primitive root.
+    const float* powers;  ///< the roots of unity to these powers, twice over: real, imaginary parts
+    std::size_t power_n;  ///< how many values each of the two has
+    const std::uint32_t* exponents;  ///< of the primitive root, for element 1, 2, ...
+};
+
+/// Lanes of the widest level; rows are padded to it and stand at multiples of it.
+constexpr std::size_t widest_lane_n = 16;
+
+/// Belongs to an FftPlan. Immutable.
+class SinglePlan {
+  public:
+    SinglePlan() = default;
+    SinglePlan(std::size_t n, const std::vector<FftStage>& stages, std::size_t base_n,
+               const std::vector<float>& table);
+
+    SinglePlanView view() const;
+
+  private:
+    void plan_rows(std::size_t n, const std::vector<FftStage>& stages);
+    void plan_twiddles(std::size_t n, const FftStage& stage, const std::vector<float>& table);
+    void plan_powers(std::size_t n, const std::vector<float>& table);
+
+    std::size_t part_n_ = 0;
+    std::size_t row_n_ = 0;
+    std::size_t outer_n_ = 0;
+    std::vector<std::uint32_t> rows_;
+    std::vector<std::vector<float>> twiddles_;
+    std::vector<const float*> twiddle_starts_;
+    std::vector<float> powers_;
+    std::vector<std::uint32_t> exponents_;
+};
+
+}  // namespace sorvo::audio
