@@ -43,7 +43,7 @@ FftPlan::FftPlan(int n, const std::vector<float>& table)
     : n_(static_cast<std::size_t>(n)), roots_(table.data()) {
     if (is_pow2(n)) {
         plan_pow2(table);
-        if (n >= 256) {
+        if (n >= 64) {
             plan_single_pow2();
         }
     } else {
@@ -65,9 +65,11 @@ void FftPlan::plan_single_pow2() {
     const float* twiddles = twiddles_.data();
     std::size_t span = n_;
     for (; span > 32; span /= 4) {
-        for (std::size_t value = 0; value < 6; ++value) {
-            for (std::size_t k = 0; k < span / 4; ++k) {
-                columns_.push_back(twiddles[6 * k + value]);
+        for (std::size_t group = 0; group < span / 4; group += widest_lane_n) {
+            for (std::size_t value = 0; value < 6; ++value) {
+                for (std::size_t k = group; k < group + widest_lane_n; ++k) {
+                    columns_.push_back(twiddles[6 * k + value]);
+                }
             }
         }
         twiddles += 6 * (span / 4);
@@ -79,7 +81,10 @@ void FftPlan::plan_single_pow2() {
         for (std::size_t bit = 1; bit < block_count; bit *= 2) {
             reversed = 2 * reversed + (i / bit) % 2;
         }
-        order_.push_back(static_cast<std::uint32_t>(reversed * block_n_));
+        order_.push_back(static_cast<std::uint32_t>(reversed * 2 * block_n_));
+    }
+    while (order_.size() < widest_lane_n) {
+        order_.push_back(order_.back());  // the lanes that are left over
     }
 }
 

@@ -6,9 +6,9 @@
 //    lanes, one row after the other with its outputs as lanes.
 // 2. The outer stages join rows in place; lanes are neighbouring outputs. Rows stay apart, each
 // with
-//    its padding: closed up, most loads would span two stores that have not reached the cache. The
-//    twiddles of a stage are stored likewise: the values of widest_lane_n columns are runs in the
-//    order of the arithmetic, real parts and imaginary parts in turn.
+//    its padding: closed up, most loads would span two stores that have not reached the cache.
+//    Elements are kept in groups (lane_groups.inl), and so are the twiddles of a stage: all that
+//    a group of columns takes, in the order of the arithmetic.
 // 3. The outermost stage delivers its outputs to their places.
 //
 // What is left out of the sums is what lane_fft_general.inl leaves out; data must be finite. The
@@ -17,8 +17,8 @@
 
 #include "fft/fft_plan.h"
 #include "fft/lane_fft_general.inl"
+#include "fft/lane_groups.inl"
 #include "fft/lane_moves.inl"
-#include "fft/lane_split_arrays.inl"
 #include "fft/single_kernels.h"
 #include "util/lanes.inl"
 
@@ -106,7 +106,7 @@ struct ResidueInput {
 };
 
 /// The rows of the residues first, first + 1, ... from their transforms in the lanes.
-[[gnu::noinline]] void transpose_rows(SplitArrays rows, const SinglePlanView& single, const Pack* x,
+[[gnu::noinline]] void transpose_rows(float* rows, const SinglePlanView& single, const Pack* x,
                                       std::size_t first, std::size_t count) {
     constexpr std::size_t hop = 2 * lane_n;
     const auto* const values = reinterpret_cast<const float*>(x);
@@ -114,7 +114,7 @@ struct ResidueInput {
         for (std::size_t lane = 0; lane < lane_n; lane += 4) {
             for (std::size_t part = 0; part < 2; ++part) {
                 const float* const from = values + k * hop + part * lane_n + lane;
-                float* const to = (part == 0 ? rows.re : rows.im) + k;
+                float* const to = rows + group_offset(k) + part * group_n;
                 Pack packs[4];
                 for (std::size_t i = 0; i < 4; ++i) {
                     packs[i] = load_columns(from + i * hop, hop);
@@ -129,10 +129,10 @@ struct ResidueInput {
 }
 
 template <class T>
-void rows_by_residue(SplitArrays rows, const FftPlanView& plan, const Elements<T>& elements,
+void rows_by_residue(float* rows, const FftPlanView& plan, const Elements<T>& elements,
                      Pack* work) {
     const SinglePlanView& single = plan.single;
-    const std::size_t row_count = plan.n / single.part_n;
+    const std::size_t row_count = single.row_count;
     Pack* const scratch = work + 2 * single.row_n;
     for (std::size_t k = single.part_n; k < single.row_n; ++k) {
         store(work, k, {Pack{}, Pack{}});
@@ -222,15 +222,15 @@ void direct_transform(const SinglePlanView& single, const Elements<T>& elements,
 }
 
 template <class T>
-void rows_directly(SplitArrays rows, const FftPlanView& plan, const Elements<T>& elements,
-                   float* work) {
-    const std::size_t row_count = plan.n / plan.single.part_n;
+void rows_directly(float* rows, const FftPlanView& plan, const Elements<T>& elements, float* work) {
+    const std::size_t row_count = plan.single.row_count;
     for (std::size_t residue = 0; residue < row_count; ++residue) {
         const std::size_t row = plan.single.rows[residue];
         direct_transform(plan.single, elements, residue, row_count, work, Unscaled(),
                          [=](std::size_t k, const float* value) {
-                             rows.re[row + k] = value[0];
-                             rows.im[row + k] = value[1];
+                             float* const to = rows + row + group_offset(k);
+                             to[0] = value[0];
+                             to[group_n] = value[1];
                          });
     }
 }
@@ -240,8 +240,7 @@ struct RowTwiddles {
     const float* at;
 
     SORVO_INLINE Complex operator[](std::size_t i) const {
-        const float* const from = at + 2 * i * widest_lane_n;
-        return {load(from), load(from + widest_lane_n)};
+        return load_group(at + 2 * i * group_n);
     }
 };
 
@@ -332,72 +331,60 @@ SORVO_INLINE void with_columns(std::size_t factor, Body body) {
     }
 }
 
-/// Goes through the columns of outer stage `level`, lane_n at a time: body(k, rest, place, w) with
-/// the first of them, how many the row has from there on, its place in the rows and the twiddles.
+/// Goes through the columns of a stage, lane_n at a time: body(k, rest, x, w) with the first of
+/// them, how many the row has from there on, where it is in the rows and the twiddles.
 template <class Body>
-SORVO_INLINE void for_columns(const FftPlanView& plan, std::size_t level, Body body) {
-    const SinglePlanView& single = plan.single;
-    const FftStage& stage = plan.stages[level];
-    const std::size_t factor = stage.factor;
-    const std::size_t value_n = 2 * (factor == fused_twos ? 6 : factor * (factor - 1));
-    std::size_t row = 0;
-    for (std::size_t start = 0; start < stage.sub_n; start += single.part_n, row += single.row_n) {
+SORVO_INLINE void for_columns(float* rows, const SinglePlanView& single, const RowStage& stage,
+                              Body body) {
+    const float* w = stage.twiddles;
+    for (std::size_t start = 0; start < stage.sub_n; start += single.part_n) {
         for (std::size_t k = 0; k < single.part_n; k += lane_n) {
-            const std::size_t place = row + k;
-            const std::size_t in_group = place % widest_lane_n;
-            body(start + k, single.part_n - k, place,
-                 RowTwiddles{single.twiddles[level] + (place - in_group) * value_n + in_group});
+            const std::size_t in_group = k % group_n;
+            body(start + k, single.part_n - k, rows + group_offset(k),
+                 RowTwiddles{w + 2 * stage.twiddle_n * (k - in_group) + in_group});
         }
+        rows += 2 * single.row_n;
+        w += 2 * stage.twiddle_n * single.row_n;
     }
 }
 
 template <class Columns>
-[[gnu::noinline]] void join_rows(SplitArrays x, const FftPlanView& plan, std::size_t level,
+[[gnu::noinline]] void join_rows(float* rows, const SinglePlanView& single, const RowStage& stage,
                                  Pack* scratch) {
-    const FftStage& stage = plan.stages[level];
-    const std::size_t width = stage.sub_n / plan.single.part_n * plan.single.row_n;
-    for_columns(plan, level, [&](std::size_t, std::size_t, std::size_t place, RowTwiddles w) {
+    const std::size_t hop = stage.hop;
+    for_columns(rows, single, stage, [&](std::size_t, std::size_t, float* x, RowTwiddles w) {
         for (std::size_t block = 0; block < stage.blocks; ++block) {
-            const std::size_t from = block * stage.factor * width + place;
             Columns::join(
-                stage.factor, w, scratch,
-                [=](std::size_t s) { return x.load_at(from + s * width); },
-                [=](std::size_t u, Complex sum) { x.store_at(from + u * width, sum); });
+                stage.factor, w, scratch, [=](std::size_t s) { return load_group(x + s * hop); },
+                [=](std::size_t u, Complex sum) { store_group(x + u * hop, sum); });
+            x += stage.factor * hop;
         }
     });
-}
-
-/// The first count of lane_n complex values.
-SORVO_INLINE void store_some(float* dst, Complex value, std::size_t count) {
-    float values[2 * lane_n];
-    store_interleaved(values, value.re, value.im);
-    for (std::size_t i = 0; i < 2 * count; ++i) {
-        dst[i] = values[i];
-    }
 }
 
 /// The outermost stage. Packs overlap: what the padding of a row leaves is written over by the next
 /// row; only what would reach beyond the rows of an output is cut off.
 template <class Columns, class Finish>
-[[gnu::noinline]] void deliver_rows(float* dst, SplitArrays x, const FftPlanView& plan,
+[[gnu::noinline]] void deliver_rows(float* dst, float* rows, const SinglePlanView& single,
                                     Pack* scratch, Finish finish) {
-    const FftStage& stage = plan.stages[0];
+    const RowStage& stage = single.stages[0];
     const std::size_t sub_n = stage.sub_n;
-    const std::size_t width = sub_n / plan.single.part_n * plan.single.row_n;
-    for_columns(plan, 0, [&](std::size_t k, std::size_t rest, std::size_t place, RowTwiddles w) {
-        const bool whole = k + lane_n <= sub_n;
-        const std::size_t count = rest < lane_n ? rest : lane_n;
-        Columns::join(
-            stage.factor, w, scratch, [=](std::size_t s) { return x.load_at(place + s * width); },
-            [=](std::size_t u, Complex sum) {
-                float* const to = dst + 2 * (k + u * sub_n);
+    const std::size_t hop = stage.hop;
+    for_columns(rows, single, stage, [&](std::size_t k, std::size_t rest, float* x, RowTwiddles w) {
+        float* const to = dst + 2 * k;
+        const auto get = [=](std::size_t s) { return load_group(x + s * hop); };
+        if (k + lane_n <= sub_n) {
+            Columns::join(stage.factor, w, scratch, get, [=](std::size_t u, Complex sum) {
                 const Complex value = finish(sum);
-                if (whole) {
-                    store_interleaved(to, value.re, value.im);
-                } else {
-                    store_some(to, value, count);
-                }
+                store_interleaved(to + 2 * u * sub_n, value.re, value.im);
             });
+        } else {
+            const std::size_t count = rest < lane_n ? rest : lane_n;
+            Columns::join(stage.factor, w, scratch, get, [=](std::size_t u, Complex sum) {
+                const Complex value = finish(sum);
+                store_interleaved(to + 2 * u * sub_n, value.re, value.im, count);
+            });
+        }
     });
 }
 
@@ -415,10 +402,8 @@ SORVO_INLINE void single_general(float* dst, const float* src, const FftPlanView
                          });
         return;
     }
-    const std::size_t rows_n = plan.n / single.part_n * single.row_n;
-    // The imaginary parts begin a line further on, lest both meet in the same sets of the cache.
-    const SplitArrays rows = {work, work + rows_n + widest_lane_n};
-    work = rows.im + rows_n;
+    float* const rows = work;
+    work += 2 * single.row_count * single.row_n;
     auto* const packs = reinterpret_cast<Pack*>(work);
     if (single.powers != nullptr) {
         rows_directly(rows, plan, elements, work);
@@ -426,11 +411,12 @@ SORVO_INLINE void single_general(float* dst, const float* src, const FftPlanView
         rows_by_residue(rows, plan, elements, packs);
     }
     for (std::size_t level = single.outer_n - 1; level > 0; --level) {
-        with_columns(plan.stages[level].factor,
-                     [&](auto columns) { join_rows<decltype(columns)>(rows, plan, level, packs); });
+        with_columns(single.stages[level].factor, [&](auto columns) {
+            join_rows<decltype(columns)>(rows, single, single.stages[level], packs);
+        });
     }
-    with_columns(plan.stages[0].factor, [&](auto columns) {
-        deliver_rows<decltype(columns)>(dst, rows, plan, packs, finish);
+    with_columns(single.stages[0].factor, [&](auto columns) {
+        deliver_rows<decltype(columns)>(dst, rows, single, packs, finish);
     });
 }
 

@@ -1,15 +1,17 @@
-// One transform of a power of two with its own elements as lanes: the arithmetic of fft_pow2. Real
-// and imaginary parts stand apart. While a stage has a pack of columns, lanes are neighbouring
-// columns; then they are blocks, of which lane l takes block rev(c + l), so that each bin of the
-// blocks is a run of lane_n bins of the whole.
+// One transform of a power of two with its own elements as lanes: the arithmetic of fft_pow2. While
+// a stage has a pack of columns, lanes are neighbouring columns; then they are blocks, of which
+// lane l takes block rev(c + l), so that each bin of the blocks is a run of lane_n bins of the
+// whole. Elements and the twiddles of the stages are kept in groups (lane_groups.inl).
 //
-// As without exact_zeros: a zero may have the wrong sign.
+// Nothing is left out, not even products with 0 and 1: zeros get their signs and data may be
+// anything. The result is written after all input is read: it may take its place.
 #pragma once
 
 #include "fft/fft_plan.h"
 #include "fft/lane_fft_pow2.inl"
+#include "fft/lane_groups.inl"
 #include "fft/lane_moves.inl"
-#include "fft/lane_split_arrays.inl"
+#include "fft/single_kernels.h"
 #include "util/lanes.inl"
 
 namespace sorvo::audio {
@@ -17,15 +19,20 @@ namespace {
 
 /// The twiddles of lane_n columns of a stage.
 struct ColumnTwiddles {
-    SORVO_INLINE ColumnTwiddles(const float* columns, std::size_t quarter, std::size_t k)
-        : w1{load(columns + k), load(columns + quarter + k)},
-          w2{load(columns + 2 * quarter + k), load(columns + 3 * quarter + k)},
-          w3{load(columns + 4 * quarter + k), load(columns + 5 * quarter + k)} {}
+    SORVO_INLINE explicit ColumnTwiddles(const float* columns)
+        : w1(load_group(columns)),
+          w2(load_group(columns + 2 * group_n)),
+          w3(load_group(columns + 4 * group_n)) {}
 
     Complex w1;
     Complex w2;
     Complex w3;
 };
+
+/// Where they are in the twiddles of the stage.
+SORVO_INLINE std::size_t column_offset(std::size_t k) {
+    return 6 * (k - k % group_n) + k % group_n;
+}
 
 SORVO_INLINE Complex multiply(Complex t, const Complex& w) {
     return {w.re * t.re - w.im * t.im, w.re * t.im + w.im * t.re};
@@ -33,49 +40,48 @@ SORVO_INLINE Complex multiply(Complex t, const Complex& w) {
 
 /// A stage of the blocks that begin at begin, begin + span, ... below n.
 template <bool inverse>
-[[gnu::noinline]] void single_stage(SplitArrays x, std::size_t begin, std::size_t n,
-                                    std::size_t span, const float* columns) {
+[[gnu::noinline]] void single_stage(float* x, std::size_t begin, std::size_t n, std::size_t span,
+                                    const float* columns) {
     const std::size_t quarter = span / 4;
     for (std::size_t k = 0; k < quarter; k += lane_n) {
-        const ColumnTwiddles w(columns, quarter, k);
-        for (std::size_t s = begin + k; s < n; s += span) {
-            const Complex a = x.load_at(s);
-            const Complex b = x.load_at(s + quarter);
-            const Complex c = x.load_at(s + 2 * quarter);
-            const Complex d = x.load_at(s + 3 * quarter);
+        const ColumnTwiddles w(columns + column_offset(k));
+        float* at = x + 2 * begin + group_offset(k);
+        for (std::size_t s = begin; s < n; s += span, at += 2 * span) {
+            const Complex a = load_group(at);
+            const Complex b = load_group(at + 2 * quarter);
+            const Complex c = load_group(at + 4 * quarter);
+            const Complex d = load_group(at + 6 * quarter);
             const Complex ac = a + c;
             const Complex bd = b + d;
-            x.store_at(s, ac + bd);
-            x.store_at(s + quarter, multiply(ac - bd, w.w2));
-            x.store_at(s + 2 * quarter, multiply(turn_back<inverse>(a - c, b - d), w.w1));
-            x.store_at(s + 3 * quarter, multiply(turn_back<!inverse>(a - c, b - d), w.w3));
+            store_group(at, ac + bd);
+            store_group(at + 2 * quarter, multiply(ac - bd, w.w2));
+            store_group(at + 4 * quarter, multiply(turn_back<inverse>(a - c, b - d), w.w1));
+            store_group(at + 6 * quarter, multiply(turn_back<!inverse>(a - c, b - d), w.w3));
         }
     }
 }
 
-/// A stage of a block of real data, which may be x.re itself; block 0 becomes real data again.
-SORVO_INLINE void single_real_stage(SplitArrays x, const float* src, std::size_t span,
-                                    const float* columns, Magnitude& magnitude) {
+/// A stage of block 0 of real data, of which input(i) are the elements from i on: single_stage with
+/// imaginary parts that are +0. Block 0 becomes such data again.
+template <class Input>
+SORVO_INLINE void single_real_stage(float* x, std::size_t span, const float* columns, Input input) {
     const std::size_t quarter = span / 4;
+    const Pack zero{};
     for (std::size_t k = 0; k < quarter; k += lane_n) {
-        const ColumnTwiddles w(columns, quarter, k);
-        const Pack a = load(src + k);
-        const Pack b = load(src + k + quarter);
-        const Pack c = load(src + k + 2 * quarter);
-        const Pack d = load(src + k + 3 * quarter);
-        magnitude.see(a);
-        magnitude.see(b);
-        magnitude.see(c);
-        magnitude.see(d);
+        const ColumnTwiddles w(columns + column_offset(k));
+        float* const at = x + group_offset(k);
+        const Pack a = input(k);
+        const Pack b = input(k + quarter);
+        const Pack c = input(k + 2 * quarter);
+        const Pack d = input(k + 3 * quarter);
         const Pack ac = a + c;
         const Pack bd = b + d;
-        const Pack a_c = a - c;
-        const Pack b_d = b - d;
-        const Pack difference = ac - bd;
-        store(x.re + k, ac + bd);
-        x.store_at(k + quarter, {w.w2.re * difference, w.w2.im * difference});
-        x.store_at(k + 2 * quarter, {w.w1.re * a_c + w.w1.im * b_d, w.w1.im * a_c - w.w1.re * b_d});
-        x.store_at(k + 3 * quarter, {w.w3.re * a_c - w.w3.im * b_d, w.w3.im * a_c + w.w3.re * b_d});
+        const Complex a_c = {a - c, zero};
+        const Complex b_d = {b - d, zero};
+        store_group(at, {ac + bd, zero});
+        store_group(at + 2 * quarter, multiply(Complex{ac - bd, zero}, w.w2));
+        store_group(at + 4 * quarter, multiply(turn_back<false>(a_c, b_d), w.w1));
+        store_group(at + 6 * quarter, multiply(turn_back<true>(a_c, b_d), w.w3));
     }
 }
 
@@ -88,13 +94,20 @@ struct BlockSink {
     float factor;
 
     SORVO_INLINE void operator()(std::size_t bin, Complex value) const {
-        store_interleaved(dst + 2 * bin * block_count, value.re * factor, value.im * factor);
+        float* const to = dst + 2 * bin * block_count;
+        const Complex result = {value.re * factor, value.im * factor};
+        if (block_count < lane_n) {
+            store_interleaved(to, result.re, result.im, block_count);
+        } else {
+            store_interleaved(to, result.re, result.im);
+        }
     }
 };
 
-/// The rest of a transform of which blocks of block_n elements are left.
+/// The stages that are left when blocks of block_n elements are, and their results.
 template <bool inverse>
-void single_blocks(float* dst, SplitArrays x, const FftPlanView& plan, float factor, Pack* work) {
+SORVO_INLINE void single_blocks(float* dst, const float* x, const FftPlanView& plan, float factor,
+                                Pack* work) {
     const std::size_t block_n = plan.block_n;
     const std::size_t block_count = plan.n / block_n;
     const float* twiddles = plan.twiddles;
@@ -104,11 +117,12 @@ void single_blocks(float* dst, SplitArrays x, const FftPlanView& plan, float fac
     for (std::size_t first = 0; first < block_count; first += lane_n) {
         const std::uint32_t* const order = plan.order + first;
         for (std::size_t j = 0; j < block_n; j += 4) {
+            const float* const from = x + group_offset(j);
             Pack re[4];
             Pack im[4];
             for (std::size_t i = 0; i < 4; ++i) {
-                re[i] = load_columns(x.re + j, order + i);
-                im[i] = load_columns(x.im + j, order + i);
+                re[i] = load_columns(from, order + i);
+                im[i] = load_columns(from + group_n, order + i);
             }
             transpose_quarters(re[0], re[1], re[2], re[3]);
             transpose_quarters(im[0], im[1], im[2], im[3]);
@@ -116,57 +130,43 @@ void single_blocks(float* dst, SplitArrays x, const FftPlanView& plan, float fac
                 store(work, j + i, {re[i], im[i]});
             }
         }
-        block<inverse, false, false>(work, block_n, twiddles, block_n, 0,
-                                     BlockSink{dst + 2 * first, block_count, factor});
+        block<inverse, true, false>(work, block_n, twiddles, block_n, 0,
+                                    BlockSink{dst + 2 * first, block_count, factor});
     }
 }
 
-/// The arrays of a transform in the working storage, behind the packs of its blocks. The second
-/// begins a line further on than a power of two, lest both meet in the same sets of the cache.
-SORVO_INLINE SplitArrays split_arrays(const FftPlanView& plan, float* work) {
-    float* const re = work + 2 * lane_n * plan.block_n;
-    return {re, re + plan.n + 16};
+/// The elements stand behind the packs of a group of blocks.
+SORVO_INLINE float* elements_of(const FftPlanView& plan, float* work) {
+    return work + 2 * lane_n * plan.block_n;
 }
 
-std::uint32_t single_real_pow2(float* dst, const float* src, const FftPlanView& plan, float* work) {
-    const std::size_t n = plan.n;
-    const SplitArrays x = split_arrays(plan, work);
+void single_real_pow2(float* dst, const float* src, const FftPlanView& plan, float* work) {
+    float* const x = elements_of(plan, work);
     const float* columns = plan.columns;
-    Magnitude magnitude;
-    single_real_stage(x, src, n, columns, magnitude);
-    columns += 6 * (n / 4);
-    Magnitude unused;
-    for (std::size_t span = n / 4; span > plan.block_n; span /= 4) {
-        single_real_stage(x, x.re, span, columns, unused);
-        single_stage<false>(x, span, n, span, columns);
+    single_real_stage(x, plan.n, columns, [=](std::size_t i) { return load(src + i); });
+    columns += 6 * (plan.n / 4);
+    for (std::size_t span = plan.n / 4; span > plan.block_n; span /= 4) {
+        single_real_stage(x, span, columns,
+                          [=](std::size_t i) { return load(x + group_offset(i)); });
+        single_stage<false>(x, span, plan.n, span, columns);
         columns += 6 * (span / 4);
-    }
-    for (std::size_t i = 0; i < plan.block_n; i += lane_n) {
-        store(x.im + i, Pack{});
     }
     single_blocks<false>(dst, x, plan, 1.0F, reinterpret_cast<Pack*>(work));
-    return magnitude.bits();
 }
 
-std::uint32_t single_inverse_pow2(float* dst, const float* src, const FftPlanView& plan,
-                                  float* work) {
-    const std::size_t n = plan.n;
-    const SplitArrays x = split_arrays(plan, work);
-    Magnitude magnitude;
-    for (std::size_t i = 0; i < n; i += lane_n) {
-        const Pack low = load(src + 2 * i);
-        const Pack high = load(src + 2 * i + lane_n);
-        magnitude.see(low);
-        magnitude.see(high);
-        store_separated(x.re + i, x.im + i, low, high);
+void single_inverse_pow2(float* dst, const float* src, const FftPlanView& plan, float* work) {
+    float* const x = elements_of(plan, work);
+    for (std::size_t i = 0; i < plan.n; i += lane_n) {
+        float* const to = x + group_offset(i);
+        store_separated(to, to + group_n, load(src + 2 * i), load(src + 2 * i + lane_n));
     }
     const float* columns = plan.columns;
-    for (std::size_t span = n; span > plan.block_n; span /= 4) {
-        single_stage<true>(x, 0, n, span, columns);
+    for (std::size_t span = plan.n; span > plan.block_n; span /= 4) {
+        single_stage<true>(x, 0, plan.n, span, columns);
         columns += 6 * (span / 4);
     }
-    single_blocks<true>(dst, x, plan, 1.0F / static_cast<float>(n), reinterpret_cast<Pack*>(work));
-    return magnitude.bits();
+    const float factor = 1.0F / static_cast<float>(plan.n);
+    single_blocks<true>(dst, x, plan, factor, reinterpret_cast<Pack*>(work));
 }
 
 }  // namespace

@@ -59,6 +59,18 @@ SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im) {
     store(dst + lane_n, _mm512_permutex2var_ps(re, high, im));
 }
 
+/// The first count of the pairs.
+SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im, std::size_t count) {
+    const __m512i low = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const __m512i high =
+        _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+    const std::uint64_t mask = (std::uint64_t{1} << (2 * count)) - 1;
+    _mm512_mask_storeu_ps(dst, static_cast<__mmask16>(mask & 0xffffU),
+                          _mm512_permutex2var_ps(re, low, im));
+    _mm512_mask_storeu_ps(dst + lane_n, static_cast<__mmask16>(mask >> lane_n),
+                          _mm512_permutex2var_ps(re, high, im));
+}
+
 SORVO_INLINE void separate(Pack& re, Pack& im, Pack low, Pack high) {
     const __m512i even =
         _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
@@ -200,6 +212,18 @@ SORVO_INLINE Pack smaller_magnitude(Pack a, Pack b) {
 
 SORVO_INLINE bool any_zero(Pack value) {
     return _mm_movemask_ps(_mm_cmpeq_ps(value, Pack{})) != 0;
+}
+
+#endif
+
+#if !defined(__AVX512F__)
+
+SORVO_INLINE void store_interleaved(float* dst, Pack re, Pack im, std::size_t count) {
+    float values[2 * lane_n];
+    store_interleaved(values, re, im);
+    for (std::size_t i = 0; i < 2 * count; ++i) {
+        dst[i] = values[i];
+    }
 }
 
 #endif

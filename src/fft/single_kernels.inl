@@ -5,27 +5,16 @@
 namespace sorvo::audio {
 namespace {
 
-bool any_zero(const float* data, std::size_t n) {
-    constexpr std::size_t group = 4;
-    Pack smallest[group];
-    for (Pack& pack : smallest) {
-        pack = broadcast(1.0F);
-    }
-    for (std::size_t i = 0; i < n; i += group * lane_n) {
-        for (std::size_t j = 0; j < group; ++j) {
-            smallest[j] = smaller_magnitude(smallest[j], load(data + i + j * lane_n));
-        }
-    }
-    return any_zero(smaller_magnitude(smaller_magnitude(smallest[0], smallest[1]),
-                                      smaller_magnitude(smallest[2], smallest[3])));
-}
-
 std::uint32_t largest_magnitude(const float* data, std::size_t n) {
     Magnitude magnitudes[2];
     std::size_t i = 0;
     for (; i + 2 * lane_n <= n; i += 2 * lane_n) {
         magnitudes[0].see(load(data + i));
         magnitudes[1].see(load(data + i + lane_n));
+    }
+    if (i + lane_n <= n) {
+        magnitudes[0].see(load(data + i));
+        i += lane_n;
     }
     for (; i < n; ++i) {
         magnitudes[0].see(data[i]);
@@ -35,8 +24,9 @@ std::uint32_t largest_magnitude(const float* data, std::size_t n) {
 }
 
 constexpr SingleKernels make_single_kernels() {
-    return {single_real_pow2,       single_inverse_pow2, single_real_general,
-            single_inverse_general, largest_magnitude,   any_zero};
+    return {{single_real_pow2, single_real_general},
+            {single_inverse_pow2, single_inverse_general},
+            largest_magnitude};
 }
 
 }  // namespace

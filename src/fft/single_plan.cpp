@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "fft/fft_plan.h"
 #include "fft/single_kernels.h"
@@ -51,7 +52,7 @@ Split make_split(std::size_t n, const std::vector<FftStage>& stages, std::size_t
         cost += whole_packs(row_count) * part_n * column_cost;
         work_n = std::max(work_n, 2 * (row_n + base_n) * widest_lane_n);
     }
-    work_n += single_tail_n + (outer_n == 0 ? 0 : 2 * row_count * row_n + widest_lane_n);
+    work_n += single_tail_n + (outer_n == 0 ? 0 : 2 * row_count * row_n);
     return {outer_n, prime, part_n, cost, work_n};
 }
 
@@ -68,6 +69,12 @@ Split best_split(std::size_t n, const std::vector<FftStage>& stages, std::size_t
         consider(outer_n, false);
     }
     return best;
+}
+
+/// The input of a stage that residue r goes to: two stages in one first join the inputs 0 and 1,
+/// and 2 and 3.
+std::size_t input_of(std::size_t factor, std::size_t residue) {
+    return factor == fused_twos ? residue / 2 + 2 * (residue % 2) : residue;
 }
 
 /// The powers 0, 1, ... p - 2 of the smallest primitive root of the prime p > 2.
@@ -94,40 +101,24 @@ SinglePlan::SinglePlan(std::size_t n, const std::vector<FftStage>& stages, std::
     }
     part_n_ = split.part_n;
     row_n_ = whole_packs(part_n_) * widest_lane_n;
-    outer_n_ = split.outer_n;
-    plan_rows(n, stages);
-    for (std::size_t i = 0; i < outer_n_; ++i) {
-        plan_twiddles(n, stages[i], table);
+    row_count_ = n / part_n_;
+    for (std::size_t i = 0; i < split.outer_n; ++i) {
+        plan_stage(n, stages[i], table);
     }
+    plan_rows();
     if (split.prime) {
         plan_powers(n, table);
     }
 }
 
-void SinglePlan::plan_rows(std::size_t n, const std::vector<FftStage>& stages) {
-    for (std::size_t residue = 0; residue < n / part_n_; ++residue) {
-        std::size_t rest = residue;
-        std::size_t row = 0;
-        for (std::size_t i = 0; i < outer_n_; ++i) {
-            const FftStage& stage = stages[i];
-            const std::size_t digit = rest % stage.factor;
-            rest /= stage.factor;
-            // Two stages in one: the inner one joins the first two inputs, and the last two.
-            const std::size_t input = stage.factor == fused_twos ? digit / 2 + 2 * (digit % 2)  //
-                                                                 : digit;
-            row += input * (stage.sub_n / part_n_);
-        }
-        rows_.push_back(static_cast<std::uint32_t>(row * row_n_));
-    }
-}
-
-void SinglePlan::plan_twiddles(std::size_t n, const FftStage& stage,
-                               const std::vector<float>& table) {
-    const std::size_t value_n = 2 * column_roots(n, stage, 0).size();
-    std::vector<float> twiddles(stage.sub_n / part_n_ * row_n_ * value_n);
+void SinglePlan::plan_stage(std::size_t n, const FftStage& stage, const std::vector<float>& table) {
+    const std::size_t width = stage.sub_n / part_n_ * row_n_;
+    const std::size_t twiddle_n = column_roots(n, stage, 0).size();
+    std::vector<float> twiddles(2 * twiddle_n * width);
     for (std::size_t k = 0; k < stage.sub_n; ++k) {
         const std::size_t place = k / part_n_ * row_n_ + k % part_n_;
-        std::size_t to = place / widest_lane_n * widest_lane_n * value_n + place % widest_lane_n;
+        const std::size_t in_group = place % widest_lane_n;
+        std::size_t to = 2 * twiddle_n * (place - in_group) + in_group;
         for (const std::size_t root : column_roots(n, stage, k)) {
             twiddles[to] = table[2 * root];
             twiddles[to + widest_lane_n] = table[2 * root + 1];
@@ -135,7 +126,21 @@ void SinglePlan::plan_twiddles(std::size_t n, const FftStage& stage,
         }
     }
     twiddles_.push_back(std::move(twiddles));
-    twiddle_starts_.push_back(twiddles_.back().data());
+    stages_.push_back(
+        {stage.factor, stage.sub_n, 2 * width, stage.blocks, twiddle_n, twiddles_.back().data()});
+}
+
+void SinglePlan::plan_rows() {
+    for (std::size_t residue = 0; residue < row_count_; ++residue) {
+        std::size_t rest = residue;
+        std::size_t row = 0;
+        for (const RowStage& stage : stages_) {
+            const std::size_t digit = rest % stage.factor;
+            rest /= stage.factor;
+            row += input_of(stage.factor, digit) * stage.hop;
+        }
+        rows_.push_back(static_cast<std::uint32_t>(row));
+    }
 }
 
 void SinglePlan::plan_powers(std::size_t n, const std::vector<float>& table) {
@@ -156,9 +161,10 @@ void SinglePlan::plan_powers(std::size_t n, const std::vector<float>& table) {
 SinglePlanView SinglePlan::view() const {
     return {part_n_,
             row_n_,
-            outer_n_,
+            row_count_,
+            stages_.size(),
+            stages_.data(),
             rows_.data(),
-            twiddle_starts_.data(),
             powers_.empty() ? nullptr : powers_.data(),
             powers_.size() / 2,
             exponents_.data()};

@@ -1,0 +1,29 @@
+// Complex elements in groups of widest_lane_n at every level: their real parts, then their
+// imaginary parts. One address serves both.
+#pragma once
+
+#include "fft/single_plan.h"
+#include "util/lanes.inl"
+
+namespace sorvo::audio {
+namespace {
+
+constexpr std::size_t group_n = widest_lane_n;
+
+/// Where the real parts of the elements i, i + 1, ... i + lane_n - 1 begin, i a multiple of lane_n;
+/// their imaginary parts are group_n further on.
+SORVO_INLINE std::size_t group_offset(std::size_t i) {
+    return 2 * (i - i % group_n) + i % group_n;
+}
+
+SORVO_INLINE Complex load_group(const float* x) {
+    return {load(x), load(x + group_n)};
+}
+
+SORVO_INLINE void store_group(float* x, Complex value) {
+    store(x, value.re);
+    store(x + group_n, value.im);
+}
+
+}  // namespace
+}  // namespace sorvo::audio
