@@ -49,6 +49,7 @@ FftPlan::FftPlan(int n, const std::vector<float>& table)
     } else {
         plan_general(table);
     }
+    view_ = make_view();
 }
 
 void FftPlan::plan_pow2(const std::vector<float>& table) {
@@ -116,7 +117,7 @@ void FftPlan::plan_general(const std::vector<float>& table) {
     single_ = SinglePlan(n_, stages_, base_n_, table);
 }
 
-FftPlanView FftPlan::view() const {
+FftPlanView FftPlan::make_view() const {
     std::size_t largest = 1;
     for (const FftStage& stage : stages_) {
         largest = std::max(largest, stage.factor);

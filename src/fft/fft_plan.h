@@ -54,12 +54,13 @@ class FftPlan {
     FftPlan(int n, const std::vector<float>& table);
     FftPlan(FftPlan&&) = default;
 
-    FftPlanView view() const;
+    const FftPlanView& view() const { return view_; }
 
   private:
     void plan_pow2(const std::vector<float>& table);
     void plan_single_pow2();
     void plan_general(const std::vector<float>& table);
+    FftPlanView make_view() const;
 
     std::size_t n_;
     const float* roots_;
@@ -70,6 +71,7 @@ class FftPlan {
     std::vector<float> columns_;
     std::vector<std::uint32_t> order_;
     SinglePlan single_;
+    FftPlanView view_;  ///< points into the vectors, whose elements stay where they are
 };
 
 }  // namespace sorvo::audio

@@ -108,16 +108,24 @@ const std::vector<float>& FftTable::ref_inv_table(int n) {
     return inverse_.tables.at(n);
 }
 
-const FftPlan& FftTable::ref_plan(int n) {
+const FftPlan& FftTable::ref_plan(int n, Entries& entries, bool inverse) {
+    const FftPlan* const latest = entries.latest.load(std::memory_order_acquire);
+    if (latest != nullptr && latest->view().n == static_cast<std::size_t>(n)) {
+        return *latest;
+    }
     const std::lock_guard<std::mutex> lock(mutex_);
-    build(n, forward_, false);
-    return forward_.plans.at(n);
+    build(n, entries, inverse);
+    const FftPlan& plan = entries.plans.at(n);
+    entries.latest.store(&plan, std::memory_order_release);
+    return plan;
+}
+
+const FftPlan& FftTable::ref_plan(int n) {
+    return ref_plan(n, forward_, false);
 }
 
 const FftPlan& FftTable::ref_inv_plan(int n) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    build(n, inverse_, true);
-    return inverse_.plans.at(n);
+    return ref_plan(n, inverse_, true);
 }
 
 }  // namespace sorvo::audio

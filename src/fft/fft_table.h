@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <mutex>
 #include <vector>
@@ -46,7 +47,10 @@ class FftTable {
     struct Entries {
         std::map<int, std::vector<float>> tables;
         std::map<int, FftPlan> plans;
+        /// The plan that was asked for last, which most often is asked for again: without the lock.
+        std::atomic<const FftPlan*> latest{nullptr};
     };
+    const FftPlan& ref_plan(int n, Entries& entries, bool inverse);
     /// Builds the entry of size n, whole or not at all; the mutex is held.
     static void build(int n, Entries& entries, bool inverse);
 

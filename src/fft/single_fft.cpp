@@ -37,7 +37,7 @@ bool by_kernel(float* dst, const float* src, std::size_t src_n, const FftPlanVie
 
 void real_fft(float* dst, const float* src, int n, const SingleKernels& kernels) {
     if (n <= max_planned_n) {
-        const FftPlanView plan = FftTable::instance().ref_plan(n).view();
+        const FftPlanView& plan = FftTable::instance().ref_plan(n).view();
         if (by_kernel(dst, src, plan.n, plan, kernels, kernels.real)) {
             return;
         }
@@ -50,7 +50,7 @@ void real_fft(float* dst, const float* src, int n, const SingleKernels& kernels)
 
 void complex_ifft(float* dst, const float* src, int n, const SingleKernels& kernels) {
     if (n <= max_planned_n) {
-        const FftPlanView plan = FftTable::instance().ref_inv_plan(n).view();
+        const FftPlanView& plan = FftTable::instance().ref_inv_plan(n).view();
         if (by_kernel(dst, src, 2 * plan.n, plan, kernels, kernels.inverse)) {
             return;
         }
