@@ -65,12 +65,17 @@ class Elements {
     /// `tail` is room for single_tail_n floats: the last elements again, with zeros behind them.
     Elements(const float* src, std::size_t n, float* tail)
         : src_(src), tail_(tail), tail_start_(n < lane_n ? 0 : n - lane_n) {
-        const std::size_t tail_n = (n - tail_start_) * float_n;
-        for (std::size_t i = 0; i < tail_n; ++i) {
-            tail[i] = src[tail_start_ * float_n + i];
+        for (std::size_t i = 0; i < 2 * float_n; ++i) {
+            store(tail + i * lane_n, Pack{});
         }
-        for (std::size_t i = tail_n; i < 2 * lane_n * float_n; ++i) {
-            tail[i] = 0.0F;
+        if (n >= lane_n) {
+            for (std::size_t i = 0; i < float_n; ++i) {
+                store(tail + i * lane_n, load(src + tail_start_ * float_n + i * lane_n));
+            }
+        } else {
+            for (std::size_t i = 0; i < n * float_n; ++i) {
+                tail[i] = src[i];
+            }
         }
     }
 

@@ -6,21 +6,15 @@ namespace sorvo::audio {
 namespace {
 
 std::uint32_t largest_magnitude(const float* data, std::size_t n) {
-    Magnitude magnitudes[2];
+    Magnitude magnitude;
     std::size_t i = 0;
-    for (; i + 2 * lane_n <= n; i += 2 * lane_n) {
-        magnitudes[0].see(load(data + i));
-        magnitudes[1].see(load(data + i + lane_n));
-    }
-    if (i + lane_n <= n) {
-        magnitudes[0].see(load(data + i));
-        i += lane_n;
+    for (; i + lane_n <= n; i += lane_n) {
+        magnitude.see(load(data + i));
     }
     for (; i < n; ++i) {
-        magnitudes[0].see(data[i]);
+        magnitude.see(data[i]);
     }
-    const std::uint32_t bits[2] = {magnitudes[0].bits(), magnitudes[1].bits()};
-    return bits[0] > bits[1] ? bits[0] : bits[1];
+    return magnitude.bits();
 }
 
 constexpr SingleKernels make_single_kernels() {
