@@ -122,8 +122,19 @@ FftPlanView FftPlan::make_view() const {
     for (const FftStage& stage : stages_) {
         largest = std::max(largest, stage.factor);
     }
-    return {n_,      roots_,   twiddles_.data(), stages_.data(), stages_.size(), base_n_,
-            largest, block_n_, columns_.data(),  order_.data(),  single_.view()};
+    const std::size_t pow2_work_n = 2 * n_ + 2 * widest_lane_n * block_n_;
+    return {n_,
+            roots_,
+            twiddles_.data(),
+            stages_.data(),
+            stages_.size(),
+            base_n_,
+            largest,
+            block_n_,
+            columns_.data(),
+            order_.data(),
+            single_.view(),
+            block_n_ != 0 ? pow2_work_n : single_.work_n()};
 }
 
 }  // namespace sorvo::audio

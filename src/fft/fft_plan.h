@@ -43,10 +43,14 @@ struct FftPlanView {
     const std::uint32_t* order;  ///< where block rev(i) begins
 
     SinglePlanView single;  ///< the same for other lengths
+    std::size_t work_n;     ///< floats of working storage that one transform takes
 };
 
-/// Longer transforms are computed one at a time and have no plan.
+/// Longer transforms are computed one at a time.
 constexpr int max_planned_n = 4096;
+
+/// Yet longer ones have no plan.
+constexpr int max_single_n = 65536;
 
 /// Belongs to a table of FftTable and points into it. Immutable.
 class FftPlan {

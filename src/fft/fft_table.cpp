@@ -81,30 +81,15 @@ void FftTable::init_fft_table(int n, std::map<int, std::vector<float>>& tables, 
     tables.emplace(n, is_pow2(n) ? grouped_table(size, root) : plain_table(size, root));
 }
 
-void FftTable::build(int n, Entries& entries, bool inverse) {
-    if (entries.tables.count(n) != 0) {
-        return;
-    }
-    // Built aside and moved in node by node, which cannot fail: no failure leaves half an entry.
-    // The plan points into the table, whose elements stay where they are.
-    Entries built;
-    init_fft_table(n, built.tables, inverse);
-    if (n <= max_planned_n) {
-        built.plans.emplace(n, FftPlan(n, built.tables.at(n)));
-    }
-    entries.tables.merge(built.tables);
-    entries.plans.merge(built.plans);
-}
-
 const std::vector<float>& FftTable::ref_table(int n) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    build(n, forward_, false);
+    init_fft_table(n, forward_.tables, false);
     return forward_.tables.at(n);
 }
 
 const std::vector<float>& FftTable::ref_inv_table(int n) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    build(n, inverse_, true);
+    init_fft_table(n, inverse_.tables, true);
     return inverse_.tables.at(n);
 }
 
@@ -114,10 +99,13 @@ const FftPlan& FftTable::ref_plan(int n, Entries& entries, bool inverse) {
         return *latest;
     }
     const std::lock_guard<std::mutex> lock(mutex_);
-    build(n, entries, inverse);
-    const FftPlan& plan = entries.plans.at(n);
-    entries.latest.store(&plan, std::memory_order_release);
-    return plan;
+    auto plan = entries.plans.find(n);
+    if (plan == entries.plans.end()) {
+        init_fft_table(n, entries.tables, inverse);
+        plan = entries.plans.emplace(n, FftPlan(n, entries.tables.at(n))).first;
+    }
+    entries.latest.store(&plan->second, std::memory_order_release);
+    return plan->second;
 }
 
 const FftPlan& FftTable::ref_plan(int n) {

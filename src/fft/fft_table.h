@@ -33,7 +33,7 @@ class FftTable {
     /// The inverse table of size n; throws SorvoInvalidArgument for n <= 0.
     const std::vector<float>& ref_inv_table(int n);
 
-    /// The plans that belong to these tables, for 1 <= n <= max_planned_n.
+    /// The plans that belong to these tables, for 1 <= n <= max_single_n.
     const FftPlan& ref_plan(int n);
     const FftPlan& ref_inv_plan(int n);
 
@@ -43,7 +43,8 @@ class FftTable {
 
   private:
     FftTable() = default;
-    /// The entries of one direction: each size has its table and, up to max_planned_n, its plan.
+    /// The entries of one direction. A plan points into its table, whose elements stay where they
+    /// are; it is built on its first request, too.
     struct Entries {
         std::map<int, std::vector<float>> tables;
         std::map<int, FftPlan> plans;
@@ -51,9 +52,6 @@ class FftTable {
         std::atomic<const FftPlan*> latest{nullptr};
     };
     const FftPlan& ref_plan(int n, Entries& entries, bool inverse);
-    /// Builds the entry of size n, whole or not at all; the mutex is held.
-    static void build(int n, Entries& entries, bool inverse);
-
     Entries forward_;
     Entries inverse_;
     std::mutex mutex_;

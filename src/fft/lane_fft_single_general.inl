@@ -393,7 +393,7 @@ template <class Columns, class Finish>
     });
 }
 
-/// All outputs, each as `finish` makes it of its sum; `work` is room for single_work_n floats.
+/// All outputs, each as `finish` makes it of its sum.
 template <class T, class Finish>
 SORVO_INLINE void single_general(float* dst, const float* src, const FftPlanView& plan, float* work,
                                  Finish finish) {

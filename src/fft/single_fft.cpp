@@ -6,6 +6,7 @@
 
 #include "fft/fft.h"
 #include "fft/fft_table.h"
+#include "util/workspace.h"
 #include "util/zeros.h"
 
 namespace sorvo::audio {
@@ -21,22 +22,27 @@ bool is_tame(std::uint32_t magnitude_bits, std::size_t n) {
 /// False where only the plain routine gives the right results.
 bool by_kernel(float* dst, const float* src, std::size_t src_n, const FftPlanView& plan,
                const SingleKernels& kernels, const SingleTransforms& transforms) {
-    alignas(64) float work[single_work_n];
-    if (plan.block_n != 0) {
-        transforms.pow2(dst, src, plan, work);
-        return true;
+    const bool pow2 = plan.block_n != 0;
+    if (!pow2 &&
+        (plan.single.part_n == 0 || !is_tame(kernels.largest_magnitude(src, src_n), plan.n))) {
+        return false;
     }
-    if (plan.single.part_n != 0 && is_tame(kernels.largest_magnitude(src, src_n), plan.n)) {
-        transforms.general(dst, src, plan, work);
-        return true;
+    const auto transform = pow2 ? transforms.pow2 : transforms.general;
+    constexpr std::size_t usual_work_n = 4 * max_planned_n;
+    if (plan.work_n <= usual_work_n) {
+        alignas(64) float work[usual_work_n];
+        transform(dst, src, plan, work);
+    } else {
+        Workspace work({plan.work_n});
+        transform(dst, src, plan, work.take(plan.work_n));
     }
-    return false;
+    return true;
 }
 
 }  // namespace
 
 void real_fft(float* dst, const float* src, int n, const SingleKernels& kernels) {
-    if (n <= max_planned_n) {
+    if (n <= max_single_n) {
         const FftPlanView& plan = FftTable::instance().ref_plan(n).view();
         if (by_kernel(dst, src, plan.n, plan, kernels, kernels.real)) {
             return;
@@ -49,7 +55,7 @@ void real_fft(float* dst, const float* src, int n, const SingleKernels& kernels)
 }
 
 void complex_ifft(float* dst, const float* src, int n, const SingleKernels& kernels) {
-    if (n <= max_planned_n) {
+    if (n <= max_single_n) {
         const FftPlanView& plan = FftTable::instance().ref_inv_plan(n).view();
         if (by_kernel(dst, src, 2 * plan.n, plan, kernels, kernels.inverse)) {
             return;

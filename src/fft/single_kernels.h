@@ -9,13 +9,8 @@
 
 namespace sorvo::audio {
 
-/// Floats of working storage that a single transform takes at most; aligned.
-constexpr std::size_t single_work_n = 4 * max_planned_n;
-
-/// The part of it for the end of the input.
-constexpr std::size_t single_tail_n = 4 * widest_lane_n;
-
-/// All bins of n real elements, or the inverse of n complex ones; dst may overlap src.
+/// All bins of n real elements, or the inverse of n complex ones; dst may overlap src. `work` is
+/// room for plan.work_n floats, aligned for the widest packs.
 struct SingleTransforms {
     /// Powers of two, plans with a block_n.
     void (*pow2)(float* dst, const float* src, const FftPlanView& plan, float* work);

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "fft/fft_plan.h"
-#include "fft/single_kernels.h"
 
 namespace sorvo::audio {
 namespace {
@@ -24,9 +23,18 @@ struct Split {
     std::size_t outer_n;
     bool prime;  ///< the rows are direct transforms with outputs as lanes
     std::size_t part_n;
-    std::size_t cost;    ///< estimated, in half products of packs
-    std::size_t work_n;  ///< floats of working storage
+    std::size_t cost;       ///< estimated, in half products of packs
+    std::size_t twiddle_n;  ///< floats of twiddles
+    std::size_t work_n;     ///< floats of working storage
 };
+
+/// Bounds the memory of a plan: a large factor takes its square of twiddles for each column.
+constexpr std::size_t max_twiddle_n = std::size_t{1} << 20;
+
+/// Twiddles of a column of a stage.
+std::size_t column_twiddles(const FftStage& stage) {
+    return stage.factor == fused_twos ? 6 : stage.factor * (stage.factor - 1);
+}
 
 Split make_split(std::size_t n, const std::vector<FftStage>& stages, std::size_t base_n,
                  std::size_t outer_n, bool prime) {
@@ -34,9 +42,11 @@ Split make_split(std::size_t n, const std::vector<FftStage>& stages, std::size_t
     const std::size_t row_count = n / part_n;
     const std::size_t row_packs = whole_packs(part_n);
     std::size_t cost = 0;
+    std::size_t twiddle_n = 0;
     std::size_t largest_factor = 0;
     for (std::size_t i = 0; i < outer_n; ++i) {
         cost += 3 * row_count * row_packs * products(stages[i]);
+        twiddle_n += 2 * column_twiddles(stages[i]) * stages[i].sub_n;
         largest_factor = std::max(largest_factor, stages[i].factor);
     }
     std::size_t work_n = 2 * largest_factor * widest_lane_n;
@@ -53,14 +63,14 @@ Split make_split(std::size_t n, const std::vector<FftStage>& stages, std::size_t
         work_n = std::max(work_n, 2 * (row_n + base_n) * widest_lane_n);
     }
     work_n += single_tail_n + (outer_n == 0 ? 0 : 2 * row_count * row_n);
-    return {outer_n, prime, part_n, cost, work_n};
+    return {outer_n, prime, part_n, cost, twiddle_n, work_n};
 }
 
 Split best_split(std::size_t n, const std::vector<FftStage>& stages, std::size_t base_n) {
-    Split best = {0, false, 0, std::numeric_limits<std::size_t>::max(), 0};
+    Split best = {0, false, 0, std::numeric_limits<std::size_t>::max(), 0, 0};
     const auto consider = [&](std::size_t outer_n, bool prime) {
         const Split split = make_split(n, stages, base_n, outer_n, prime);
-        if (split.work_n <= single_work_n && split.cost < best.cost) {
+        if (split.twiddle_n <= max_twiddle_n && split.cost < best.cost) {
             best = split;
         }
     };
@@ -102,6 +112,7 @@ SinglePlan::SinglePlan(std::size_t n, const std::vector<FftStage>& stages, std::
     part_n_ = split.part_n;
     row_n_ = whole_packs(part_n_) * widest_lane_n;
     row_count_ = n / part_n_;
+    work_n_ = split.work_n;
     for (std::size_t i = 0; i < split.outer_n; ++i) {
         plan_stage(n, stages[i], table);
     }
@@ -113,7 +124,7 @@ SinglePlan::SinglePlan(std::size_t n, const std::vector<FftStage>& stages, std::
 
 void SinglePlan::plan_stage(std::size_t n, const FftStage& stage, const std::vector<float>& table) {
     const std::size_t width = stage.sub_n / part_n_ * row_n_;
-    const std::size_t twiddle_n = column_roots(n, stage, 0).size();
+    const std::size_t twiddle_n = column_twiddles(stage);
     std::vector<float> twiddles(2 * twiddle_n * width);
     for (std::size_t k = 0; k < stage.sub_n; ++k) {
         const std::size_t place = k / part_n_ * row_n_ + k % part_n_;

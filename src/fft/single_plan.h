@@ -40,6 +40,9 @@ struct SinglePlanView {
 /// Lanes of the widest level; rows are padded to it and stand at multiples of it.
 constexpr std::size_t widest_lane_n = 16;
 
+/// The part of the working storage for the end of the input.
+constexpr std::size_t single_tail_n = 4 * widest_lane_n;
+
 /// Belongs to an FftPlan. Immutable.
 class SinglePlan {
   public:
@@ -51,12 +54,16 @@ class SinglePlan {
 
     SinglePlanView view() const;
 
+    /// Floats of working storage that a transform takes.
+    std::size_t work_n() const { return work_n_; }
+
   private:
     void plan_rows();
     void plan_stage(std::size_t n, const FftStage& stage, const std::vector<float>& table);
     void plan_powers(std::size_t n, const std::vector<float>& table);
 
     std::size_t part_n_ = 0;
+    std::size_t work_n_ = 0;
     std::size_t row_n_ = 0;
     std::size_t row_count_ = 0;
     std::vector<RowStage> stages_;
