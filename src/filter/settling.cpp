@@ -1,7 +1,7 @@
 #include "filter/settling.h"
 
-#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "filter/fir_filter.h"
 
