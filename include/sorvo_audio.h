@@ -230,7 +230,7 @@ SORVO_AUDIO_API int sorvoAudioGetSpectrogram(float* dst, const float* src, int s
  *
  * With L = (frame_n - 1) * hop_n + fft_n accumulated samples, min(L, max_sample_n) samples are
  * written: those that lie behind the dropped ones, then zeros. The rest of dst is left untouched.
- * Working memory is proportional to L.
+ * Working memory is at most proportional to L.
  */
 SORVO_AUDIO_API int sorvoAudioGetInverseSpectrogram(float* dst, const float* src, int frame_n,
                                                     int freq_n, int hop_n, int win_n, int win_type,
@@ -388,7 +388,7 @@ SORVO_AUDIO_API int sorvoAudioGetLinerFilterZiCoef(float* dst, const float* n_co
  *   pad_len    samples of extension at each end, >= 0; ignored for SORVO_AUDIO_PAD_NONE; below
  *              src_n for SORVO_AUDIO_PAD_ODD and SORVO_AUDIO_PAD_REFLECT. 3 N is a usual choice
  *
- * Working memory is proportional to src_n + 2 pad_len.
+ * Working memory is at most proportional to src_n + 2 pad_len.
  */
 SORVO_AUDIO_API int sorvoAudioFilterFilter(float* dst, const float* src, const float* n_coef,
                                            const float* d_coef, int dst_n, int src_n, int n_coef_n,

@@ -60,7 +60,12 @@ std::size_t OverlapAdd::sums_row() const {
 }
 
 void OverlapAdd::run(const PlainFrame& plain_frame) {
-    const auto frame_n = static_cast<std::size_t>(source_.frame_n);
+    // Later frames begin behind what is wanted.
+    const std::uint64_t heard = (offset_ + static_cast<std::uint64_t>(source_.max_sample_n)) /
+                                    static_cast<std::uint64_t>(source_.hop_n) +
+                                1;
+    const auto frame_n =
+        static_cast<std::size_t>(std::min(heard, static_cast<std::uint64_t>(source_.frame_n)));
     for (std::size_t t = 0; t < frame_n; t += block_n_) {
         const std::size_t n = std::min(block_n_, frame_n - t);
         const bool finite = load(t, n);
