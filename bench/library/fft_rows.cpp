@@ -29,7 +29,8 @@ Row fft_row(int n) {
 
 Rows fft_rows() {
     Rows rows;
-    for (const int n : {256, 512, 1024, 2048, 4096, 400, 480, 1200, 441, 97}) {
+    for (const int n :
+         {128, 256, 512, 1024, 2048, 4096, 8192, 400, 480, 1200, 8000, 441, 1001, 202, 97}) {
         rows.push_back({"fft/" + std::to_string(n), [n] { return fft_row(n); }});
     }
     return rows;

@@ -52,6 +52,7 @@ class FftTable {
         std::atomic<const FftPlan*> latest{nullptr};
     };
     const FftPlan& ref_plan(int n, Entries& entries, bool inverse);
+
     Entries forward_;
     Entries inverse_;
     std::mutex mutex_;

@@ -7,8 +7,8 @@
 // 2. The outer stages join rows in place; lanes are neighbouring outputs. Rows stay apart, each
 // with
 //    its padding: closed up, most loads would span two stores that have not reached the cache.
-//    Elements are kept in groups (lane_groups.inl), and so are the twiddles of a stage: all that
-//    a group of columns takes, in the order of the arithmetic.
+//    Elements are kept in groups (lane_groups.inl), and so are the twiddles of a stage: all that a
+//    group of columns takes, in the order of the arithmetic.
 // 3. The outermost stage delivers its outputs to their places.
 //
 // What is left out of the sums is what lane_fft_general.inl leaves out; data must be finite. The
@@ -185,7 +185,7 @@ template <std::size_t pack_n, class T, class Input, class Finish>
 }
 
 /// The direct transform of the elements first, first + step, ...; put(k, value) takes output k as
-/// two floats.
+/// two floats. Each group of packs brings output 0 along.
 template <class T, class Finish, class Put>
 void direct_transform(const SinglePlanView& single, const Elements<T>& elements, std::size_t first,
                       std::size_t step, float* work, Finish finish, Put put) {
@@ -353,13 +353,13 @@ SORVO_INLINE void for_columns(float* rows, const SinglePlanView& single, const R
     }
 }
 
-template <class Columns>
+template <class StageColumns>
 [[gnu::noinline]] void join_rows(float* rows, const SinglePlanView& single, const RowStage& stage,
                                  Pack* scratch) {
     const std::size_t hop = stage.hop;
     for_columns(rows, single, stage, [&](std::size_t, std::size_t, float* x, RowTwiddles w) {
         for (std::size_t block = 0; block < stage.blocks; ++block) {
-            Columns::join(
+            StageColumns::join(
                 stage.factor, w, scratch, [=](std::size_t s) { return load_group(x + s * hop); },
                 [=](std::size_t u, Complex sum) { store_group(x + u * hop, sum); });
             x += stage.factor * hop;
@@ -369,7 +369,7 @@ template <class Columns>
 
 /// The outermost stage. Packs overlap: what the padding of a row leaves is written over by the next
 /// row; only what would reach beyond the rows of an output is cut off.
-template <class Columns, class Finish>
+template <class StageColumns, class Finish>
 [[gnu::noinline]] void deliver_rows(float* dst, float* rows, const SinglePlanView& single,
                                     Pack* scratch, Finish finish) {
     const RowStage& stage = single.stages[0];
@@ -379,13 +379,13 @@ template <class Columns, class Finish>
         float* const to = dst + 2 * k;
         const auto get = [=](std::size_t s) { return load_group(x + s * hop); };
         if (k + lane_n <= sub_n) {
-            Columns::join(stage.factor, w, scratch, get, [=](std::size_t u, Complex sum) {
+            StageColumns::join(stage.factor, w, scratch, get, [=](std::size_t u, Complex sum) {
                 const Complex value = finish(sum);
                 store_interleaved(to + 2 * u * sub_n, value.re, value.im);
             });
         } else {
             const std::size_t count = rest < lane_n ? rest : lane_n;
-            Columns::join(stage.factor, w, scratch, get, [=](std::size_t u, Complex sum) {
+            StageColumns::join(stage.factor, w, scratch, get, [=](std::size_t u, Complex sum) {
                 const Complex value = finish(sum);
                 store_interleaved(to + 2 * u * sub_n, value.re, value.im, count);
             });

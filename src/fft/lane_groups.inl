@@ -10,8 +10,8 @@ namespace {
 
 constexpr std::size_t group_n = widest_lane_n;
 
-/// Where the real parts of the elements i, i + 1, ... i + lane_n - 1 begin, i a multiple of lane_n;
-/// their imaginary parts are group_n further on.
+/// Where the real part of element i is. Its imaginary part is group_n further on; both are followed
+/// by those of the next elements up to the end of the group.
 SORVO_INLINE std::size_t group_offset(std::size_t i) {
     return 2 * (i - i % group_n) + i % group_n;
 }
