@@ -22,6 +22,7 @@ GOALS = [
     (r"fft/(400|480|1200)", "fftw", 0.7),
     (r"fft/441", "fftw", 1.5),
     (r"fft/97", "fftw", 1.15),
+    (r"fft/.*", "fftw", None),
     (r"spectrogram/512-.*", "fftw", 1.3),
     (r"spectrogram/.*", "fftw", 1.0),
     (r"mel/400-.*", "fftw", 1.5),

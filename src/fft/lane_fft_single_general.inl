@@ -4,9 +4,8 @@
 //    inner stages. Lanes are neighbouring residues, which are neighbours in the input; the results
 //    are transposed. Or, if rows are direct transforms of a prime length and too few to fill the
 //    lanes, one row after the other with its outputs as lanes.
-// 2. The outer stages join rows in place; lanes are neighbouring outputs. Rows stay apart, each
-// with
-//    its padding: closed up, most loads would span two stores that have not reached the cache.
+// 2. The outer stages join rows in place; lanes are neighbouring outputs. Rows stay apart, padded:
+//    closed up, most loads would span two stores that have not reached the cache.
 //    Elements are kept in groups (lane_groups.inl), and so are the twiddles of a stage: all that a
 //    group of columns takes, in the order of the arithmetic.
 // 3. The outermost stage delivers its outputs to their places.
