@@ -36,11 +36,10 @@ void mel(float* dst, const float* src, int sample_n) {
                                 8000.0F, mel_n, SORVO_AUDIO_MEL_NORM_AREA, SORVO_AUDIO_MEL_SLANEY);
 }
 
-/// The samples serve as a spectrogram of as many frames as fit.
+/// Samples serve as the spectrogram.
 void inverse(float* dst, const float* src, int sample_n) {
-    const int frame_n = sample_n / (2 * freq_n);
-    sorvoAudioGetInverseSpectrogram(dst, src, frame_n, freq_n, hop_n, fft_n, hann,
-                                    (frame_n - 1) * hop_n, reflect, SORVO_AUDIO_NORM_NONE);
+    sorvoAudioGetInverseSpectrogram(dst, src, count_frames(sample_n), freq_n, hop_n, fft_n, hann,
+                                    sample_n, reflect, SORVO_AUDIO_NORM_NONE);
 }
 
 void resample(float* dst, const float* src, int sample_n) {
@@ -62,9 +61,11 @@ void filtfilt(float* dst, const float* src, int sample_n) {
 }
 
 Row growth_row(Task task) {
-    const auto src = std::make_shared<const std::vector<float>>(make_signal(sample_rate, 600.0));
-    constexpr std::size_t output_per_sample = 3;  // a spectrogram has 2 freq_n / hop_n = 2.5
-    Row row{output_per_sample * src->size(), 0.0, {}};
+    // A spectrogram has 2 freq_n / hop_n = 2.5 values for each sample.
+    constexpr double longest = 600.0;
+    const auto src =
+        std::make_shared<const std::vector<float>>(make_signal(sample_rate, 3.0 * longest));
+    Row row{src->size(), 0.0, {}};
     for (const int length : lengths) {
         row.variants.push_back({std::to_string(length) + "s",
                                 [=](float* dst) { task(dst, src->data(), length * sample_rate); }});

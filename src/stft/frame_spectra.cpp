@@ -23,6 +23,9 @@ float scale_factor(const std::vector<float>& window, int fft_n, int norm_type) {
     return one[0];
 }
 
+/// What FrameKernels::transpose takes at any level, and a multiple of its packs.
+constexpr std::size_t least_columns = 16;
+
 }  // namespace
 
 bool lanes_pay(const FrameSource& source) {
@@ -48,8 +51,12 @@ FrameSpectra::FrameSpectra(const FrameSource& source, const FftPlan& plan,
       job_{} {
     apply_window(window_, window);
     const WindowSpan span(source.fft_n, static_cast<std::ptrdiff_t>(window.size()));
-    for (std::size_t i = 0; i < offsets_.size(); ++i) {
-        offsets_[i] = static_cast<std::uint32_t>(i % rows_ * transposed_row() + i / rows_);
+    for (std::size_t i = 0, r = 0, c = 0; i < offsets_.size(); ++i) {
+        offsets_[i] = static_cast<std::uint32_t>(r * transposed_row() + c);
+        if (++r == rows_) {
+            r = 0;
+            ++c;
+        }
     }
     job_.plan = plan.view();
     job_.offsets = offsets_.data();
@@ -64,10 +71,8 @@ FrameSpectra::FrameSpectra(const FrameSource& source, const FftPlan& plan,
     limit_ = 1e18F / (static_cast<float>(source.fft_n) * std::max(job_.scale, 1.0F));
 }
 
-std::size_t FrameSpectra::whole_packs(std::size_t frame_n) const {
-    // At least 16: fewer columns cannot be transposed at any level.
-    const std::size_t pack = std::max<std::size_t>(kernels_.lane_n, 16);
-    return (frame_n + pack - 1) / pack * pack;
+std::size_t FrameSpectra::whole_packs(std::size_t frame_n) {
+    return (frame_n + least_columns - 1) / least_columns * least_columns;
 }
 
 std::size_t FrameSpectra::transposed_row() const {
@@ -89,36 +94,62 @@ std::size_t FrameSpectra::out_n() const {
 
 bool FrameSpectra::load(std::int64_t t, std::size_t n) {
     loaded_n_ = n;
-    const std::size_t column_n = whole_packs(n) + overlap_;
     const std::int64_t pad = source_.center == 0 ? 0 : source_.fft_n / 2;
     const std::int64_t first = t * source_.hop_n - pad;
-    const std::int64_t end = first + static_cast<std::int64_t>(column_n - 1) * source_.hop_n +
-                             static_cast<std::int64_t>(rows_);
-    const float* from = source_.src + first;
-    auto hop = static_cast<std::size_t>(source_.hop_n);
-    if (first < 0 || end > source_.sample_n) {
-        extend(t, first, column_n);
-        from = extended_.data();
-        hop = rows_;
+    const std::size_t column_n = whole_packs(n) + overlap_;
+    // Columns begin ... end - 1 lie inside the signal.
+    const auto hop = static_cast<std::int64_t>(source_.hop_n);
+    const auto columns_to = [&](std::int64_t distance) {
+        const std::int64_t columns = distance > 0 ? (distance - 1) / hop + 1 : 0;
+        return static_cast<std::size_t>(std::min(columns, static_cast<std::int64_t>(column_n)));
+    };
+    std::size_t begin = columns_to(-first);
+    std::size_t end = columns_to(source_.sample_n - static_cast<std::int64_t>(rows_) - first + 1);
+    // Fewer columns than that cannot be moved.
+    begin = begin == 0 ? 0 : std::max(begin, least_columns);
+    end = end == column_n ? end : std::min(end, column_n - least_columns);
+    if (end < begin + least_columns || (end - begin < column_n && hop > source_.fft_n)) {
+        begin = column_n;
+        end = column_n;
     }
-    const std::uint32_t largest =
-        kernels_.transpose(transposed_, transposed_row(), from, hop, rows_, column_n);
+    std::uint32_t largest = 0;
+    const auto move = [&](const float* from, std::int64_t step, std::size_t c, std::size_t c_end) {
+        largest =
+            std::max(largest, kernels_.transpose(transposed_ + c, transposed_row(), from,
+                                                 static_cast<std::size_t>(step), rows_, c_end - c));
+    };
+    const auto move_extended = [&](std::size_t c, std::size_t c_end) {
+        if (c < c_end) {
+            extend(t, first, c, c_end);
+            move(extended_.data(), static_cast<std::int64_t>(rows_), c, c_end);
+        }
+    };
+    move_extended(0, begin);
+    if (begin < end) {
+        move(source_.src + first + static_cast<std::int64_t>(begin) * hop, hop, begin, end);
+    }
+    move_extended(end, column_n);
     float magnitude = 0.0F;
     std::memcpy(&magnitude, &largest, sizeof magnitude);
     return magnitude < limit_;
 }
 
-/// The block's samples, of which some lie outside the signal; zeros behind the loaded frames.
-void FrameSpectra::extend(std::int64_t t, std::int64_t first, std::size_t column_n) {
+/// Samples of the columns c ... c_end - 1, of which some lie outside the signal; zeros behind the
+/// loaded frames.
+void FrameSpectra::extend(std::int64_t t, std::int64_t first, std::size_t c, std::size_t c_end) {
+    const std::size_t size = rows_ * (c_end - c);
     if (rows_ == static_cast<std::size_t>(source_.hop_n)) {
-        extended_.resize((loaded_n_ - 1) * rows_ + static_cast<std::size_t>(source_.fft_n));
-        extract_segment(extended_, source_.src, source_.sample_n, first,
+        const std::size_t loaded =
+            (loaded_n_ - 1) * rows_ + static_cast<std::size_t>(source_.fft_n);
+        extended_.resize(std::min(size, loaded > c * rows_ ? loaded - c * rows_ : 0));
+        extract_segment(extended_, source_.src, source_.sample_n,
+                        first + static_cast<std::int64_t>(c * rows_),
                         source_.center == 1 ? Extension::reflect : Extension::zeros);
-        extended_.resize(rows_ * column_n);
+        extended_.resize(size);
         return;
     }
     // Frames with gaps in between: each by itself.
-    extended_.assign(rows_ * column_n, 0.0F);
+    extended_.assign(size, 0.0F);
     std::vector<float> frame(rows_);
     for (std::size_t i = 0; i < loaded_n_; ++i) {
         extract_frame(frame, source_.src, source_.sample_n, t + static_cast<std::int64_t>(i),

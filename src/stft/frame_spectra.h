@@ -54,12 +54,12 @@ class FrameSpectra {
     std::size_t write(float* dst, std::size_t dst_row);
 
   private:
-    std::size_t whole_packs(std::size_t frame_n) const;
+    static std::size_t whole_packs(std::size_t frame_n);
     std::size_t transposed_row() const;
     std::size_t transposed_n() const;
     std::size_t work_n(const FftPlanView& plan) const;
     std::size_t out_n() const;
-    void extend(std::int64_t t, std::int64_t first, std::size_t column_n);
+    void extend(std::int64_t t, std::int64_t first, std::size_t c, std::size_t c_end);
     FrameJob job_from(std::size_t first) const;
 
     FrameSource source_;
