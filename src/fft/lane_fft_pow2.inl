@@ -141,9 +141,6 @@ struct BlockBins {
     std::size_t at[4];
 };
 
-/// A sink is told which bins come next while a block of so many elements is computed.
-constexpr std::size_t expected_n = 32;
-
 /// A block of `span` elements from `bin` on, down to the leaves; `first` is the block at element 0.
 template <bool inverse, bool exact_zeros, bool first, class Sink>
 [[gnu::noinline]] void block(Pack* x, std::size_t span, const float* twiddles, std::size_t n,
@@ -153,11 +150,6 @@ template <bool inverse, bool exact_zeros, bool first, class Sink>
         return;
     }
     const std::size_t quarter = span / 4;
-    if (span == expected_n) {
-        for (std::size_t j = 0; j < span / 2; ++j) {
-            sink.expect(bin + j * (n / span));
-        }
-    }
     radix4_stage<inverse, exact_zeros>(x, quarter, twiddles);
     const float* const next = twiddles + 6 * quarter;
     const BlockBins bins(n, quarter, bin);

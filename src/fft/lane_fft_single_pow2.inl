@@ -93,8 +93,6 @@ struct BlockSink {
     std::size_t block_count;
     float factor;
 
-    SORVO_INLINE static void expect(std::size_t /*bin*/) {}
-
     SORVO_INLINE void operator()(std::size_t bin, Complex value) const {
         float* const to = dst + 2 * bin * block_count;
         const Complex result = {value.re * factor, value.im * factor};

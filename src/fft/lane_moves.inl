@@ -91,9 +91,8 @@ SORVO_INLINE Pack smaller_magnitude(Pack a, Pack b) {
     return _mm512_range_ps(a, b, 0b1010);
 }
 
-/// A bit for each lane that is 0.
-SORVO_INLINE unsigned zero_lanes(Pack value) {
-    return _mm512_cmp_ps_mask(value, Pack{}, _CMP_EQ_OQ);
+SORVO_INLINE bool any_zero(Pack value) {
+    return _mm512_cmp_ps_mask(value, Pack{}, _CMP_EQ_OQ) != 0;
 }
 
 #elif defined(__AVX2__)
@@ -155,8 +154,8 @@ SORVO_INLINE Pack smaller_magnitude(Pack a, Pack b) {
     return _mm256_min_ps(_mm256_andnot_ps(sign, a), _mm256_andnot_ps(sign, b));
 }
 
-SORVO_INLINE unsigned zero_lanes(Pack value) {
-    return static_cast<unsigned>(_mm256_movemask_ps(_mm256_cmp_ps(value, Pack{}, _CMP_EQ_OQ)));
+SORVO_INLINE bool any_zero(Pack value) {
+    return _mm256_movemask_ps(_mm256_cmp_ps(value, Pack{}, _CMP_EQ_OQ)) != 0;
 }
 
 #else
@@ -211,8 +210,8 @@ SORVO_INLINE Pack smaller_magnitude(Pack a, Pack b) {
     return _mm_min_ps(_mm_andnot_ps(sign, a), _mm_andnot_ps(sign, b));
 }
 
-SORVO_INLINE unsigned zero_lanes(Pack value) {
-    return static_cast<unsigned>(_mm_movemask_ps(_mm_cmpeq_ps(value, Pack{})));
+SORVO_INLINE bool any_zero(Pack value) {
+    return _mm_movemask_ps(_mm_cmpeq_ps(value, Pack{})) != 0;
 }
 
 #endif

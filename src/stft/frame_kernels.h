@@ -50,13 +50,13 @@ struct FrameKernels {
     void (*exact_spectra)(const FrameJob& job);
 
     /// The same values as re, im of frame after frame in row k; squares and roots have an im of 0.
-    /// The last is true if there is a zero whose sign may be wrong: any but the imaginary parts of
-    /// the bins 0 and n / 2, which are +0 for any signal.
     void (*interleaved_squares)(const FrameJob& job);
     void (*interleaved_roots)(const FrameJob& job);
-    bool (*interleaved_spectra)(const FrameJob& job);
+    void (*interleaved_spectra)(const FrameJob& job);
 
-    /// Brings rows into that layout: rows 2 k and 2 k + 1, with the same result, or row k alone.
+    /// Brings rows into that layout: rows 2 k and 2 k + 1, or row k alone. The first is true if
+    /// there is a zero whose sign may be wrong: any but the imaginary parts of the bins 0 and n /
+    /// 2, which are +0 for any signal.
     bool (*interleave)(const RowMove& move);
     void (*interleave_zeros)(const RowMove& move);
 };

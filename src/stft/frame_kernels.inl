@@ -21,17 +21,6 @@ struct WindowedSamples {
     }
 };
 
-/// The rows of a spectrogram come in the order of the bits of their numbers turned around, which no
-/// hardware prefetcher foresees.
-SORVO_INLINE void prefetch_frames(const float* dst) {
-    constexpr std::size_t line = 16;
-    __builtin_prefetch(dst, 1);
-    for (std::size_t i = line; i < 2 * lane_n; i += line) {
-        __builtin_prefetch(dst + i, 1);
-    }
-    __builtin_prefetch(dst + 2 * lane_n - 1, 1);
-}
-
 /// Sinks of two layouts: a row for each value, or, `interleaved`, a row of re, im, re, im, ... Real
 /// values have an im of 0 there.
 template <bool interleaved, bool root>
@@ -41,12 +30,6 @@ struct PowerSink {
     float* out;
     std::size_t row;
     float scale;
-
-    SORVO_INLINE void expect(std::size_t bin) const {
-        if (interleaved) {
-            prefetch_frames(out + bin * row);
-        }
-    }
 
     SORVO_INLINE void operator()(std::size_t bin, Complex value) const {
         const Pack re = value.re * scale;
@@ -73,6 +56,7 @@ struct PowerSink {
     }
 };
 
+template <bool interleaved>
 struct ComplexSink {
     static constexpr bool all_bins = false;
 
@@ -80,32 +64,15 @@ struct ComplexSink {
     std::size_t row;
     float scale;
 
-    SORVO_INLINE static void expect(std::size_t /*bin*/) {}
-
-    SORVO_INLINE void operator()(std::size_t bin, Complex value) const {
-        store(out + 2 * bin * row, value.re * scale);
-        store(out + (2 * bin + 1) * row, value.im * scale);
-    }
-};
-
-/// Notes in `zeros` whether there was one, but for the imaginary parts of the bins 0 and n / 2.
-struct InterleavedComplexSink {
-    static constexpr bool all_bins = false;
-
-    float* out;
-    std::size_t row;
-    float scale;
-    std::size_t last_bin;
-    unsigned* zeros;
-
-    SORVO_INLINE void expect(std::size_t bin) const { prefetch_frames(out + bin * row); }
-
     SORVO_INLINE void operator()(std::size_t bin, Complex value) const {
         const Pack re = value.re * scale;
         const Pack im = value.im * scale;
-        store_interleaved(out + bin * row, re, im);
-        const bool real = bin == 0 || bin == last_bin;
-        *zeros |= zero_lanes(real ? re : smaller_magnitude(re, im));
+        if (interleaved) {
+            store_interleaved(out + bin * row, re, im);
+        } else {
+            store(out + 2 * bin * row, re);
+            store(out + (2 * bin + 1) * row, im);
+        }
     }
 };
 
@@ -117,11 +84,11 @@ void for_each_tile(const FrameJob& job, Transform transform) {
     }
 }
 
-template <class Sink, std::size_t floats_per_frame>
+template <class Sink, bool interleaved>
 void transform_tiles(const FrameJob& job) {
     const FftPlanView& plan = job.plan;
     for_each_tile(job, [&](std::size_t t, Pack* work, const WindowedSamples& input) {
-        const Sink sink = {job.out + floats_per_frame * t, job.out_row, job.scale};
+        const Sink sink = {job.out + (interleaved ? 2 * t : t), job.out_row, job.scale};
         if (plan.base_n == 0) {
             real_transform(work, plan, input, sink);
         } else {
@@ -130,19 +97,14 @@ void transform_tiles(const FrameJob& job) {
     });
 }
 
-bool interleaved_spectra(const FrameJob& job) {
-    const FftPlanView& plan = job.plan;
-    unsigned zeros = 0;
-    for_each_tile(job, [&](std::size_t t, Pack* work, const WindowedSamples& input) {
-        const InterleavedComplexSink sink = {job.out + 2 * t, job.out_row, job.scale, plan.n / 2,
-                                             &zeros};
-        if (plan.base_n == 0) {
-            real_transform(work, plan, input, sink);
-        } else {
-            GeneralTransform<WindowedSamples>(plan, work + 2 * plan.n, input).run(work, sink);
-        }
-    });
-    return zeros != 0;
+template <bool interleaved, bool root>
+void powers(const FrameJob& job) {
+    transform_tiles<PowerSink<interleaved, root>, interleaved>(job);
+}
+
+template <bool interleaved>
+void spectra(const FrameJob& job) {
+    transform_tiles<ComplexSink<interleaved>, interleaved>(job);
 }
 
 void exact_spectra(const FrameJob& job) {
@@ -150,7 +112,8 @@ void exact_spectra(const FrameJob& job) {
         const auto windowed = [&](std::size_t i) {  // x * 0 could be -0
             return i >= job.begin && i < job.end ? input(i) : Pack{};
         };
-        exact_transform(work, job.plan, windowed, ComplexSink{job.out + t, job.out_row, job.scale});
+        exact_transform(work, job.plan, windowed,
+                        ComplexSink<false>{job.out + t, job.out_row, job.scale});
     });
 }
 
@@ -211,7 +174,7 @@ bool interleave(const RowMove& move) {
             zero = zero || re[i] == 0.0F || (im[i] == 0.0F && !real);
         }
     }
-    return zero || zero_lanes(smallest) != 0;
+    return zero || any_zero(smallest);
 }
 
 void interleave_zeros(const RowMove& move) {
@@ -234,13 +197,13 @@ constexpr FrameKernels make_frame_kernels(CpuLevel level) {
     return {level,
             lane_n,
             transpose,
-            transform_tiles<PowerSink<false, false>, 1>,
-            transform_tiles<PowerSink<false, true>, 1>,
-            transform_tiles<ComplexSink, 1>,
+            powers<false, false>,
+            powers<false, true>,
+            spectra<false>,
             exact_spectra,
-            transform_tiles<PowerSink<true, false>, 2>,
-            transform_tiles<PowerSink<true, true>, 2>,
-            interleaved_spectra,
+            powers<true, false>,
+            powers<true, true>,
+            spectra<true>,
             interleave,
             interleave_zeros};
 }

@@ -186,12 +186,11 @@ const float* FrameSpectra::exact_rows(std::size_t first) {
     return job_.out;
 }
 
-FrameSpectra::Written FrameSpectra::write(float* dst, std::size_t dst_row) {
+std::size_t FrameSpectra::write(float* dst, std::size_t dst_row) {
     FrameJob job = job_from(0);
     job.frame_n = loaded_n_ / kernels_.lane_n * kernels_.lane_n;
     job.out = dst;
     job.out_row = dst_row;
-    bool doubtful = false;
     switch (form_) {
         case Form::squares:
             kernels_.interleaved_squares(job);
@@ -200,9 +199,9 @@ FrameSpectra::Written FrameSpectra::write(float* dst, std::size_t dst_row) {
             kernels_.interleaved_roots(job);
             break;
         case Form::complex_values:
-            doubtful = kernels_.interleaved_spectra(job) && is_pow2(source_.fft_n);
+            kernels_.interleaved_spectra(job);
     }
-    return {job.frame_n, doubtful};
+    return job.frame_n;
 }
 
 }  // namespace sorvo::audio

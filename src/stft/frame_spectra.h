@@ -50,12 +50,8 @@ class FrameSpectra {
     std::size_t row_n() const { return job_.out_row; }
 
     /// The same values as re, im at dst[bin * dst_row + 2 * frame], of so many of the loaded frames
-    /// as fill whole packs.
-    struct Written {
-        std::size_t frame_n;
-        bool doubtful;  ///< there is a zero whose sign may be wrong
-    };
-    Written write(float* dst, std::size_t dst_row);
+    /// as fill whole packs: returns how many.
+    std::size_t write(float* dst, std::size_t dst_row);
 
   private:
     static std::size_t whole_packs(std::size_t frame_n);

@@ -33,8 +33,6 @@ struct WindowSink {
     float divisor;  ///< n, or where n is a power of two 1 / n: then the product is as exact
     float factor;
 
-    SORVO_INLINE static void expect(std::size_t /*bin*/) {}
-
     SORVO_INLINE void operator()(std::size_t i, Complex value) const {
         const Pack sample = pow2 ? value.re * divisor : value.re / divisor;
         frames[i] = sample * window[i] * factor;

@@ -55,11 +55,11 @@ FrameSpectra::Form form_of(float power) {
     return power == 1.0F ? FrameSpectra::Form::roots : FrameSpectra::Form::squares;
 }
 
-/// Where bins are few, the kernels write right into the spectrogram, and memory is waited for while
-/// they compute. More rows than that push one another out of the caches: whole blocks are then
-/// written row by row.
+/// Where bins are few and come in order, the kernels write right into the spectrogram, and memory
+/// is waited for while they compute. More rows than that, or rows in the order of a power of two,
+/// push one another out of the caches: whole blocks are then written row by row.
 bool writes_right_away(int fft_n, float power) {
-    return fft_n <= 512 && (power <= 0.0F || power == 1.0F || power == 2.0F);
+    return fft_n <= 512 && !is_pow2(fft_n) && (power <= 0.0F || power == 1.0F || power == 2.0F);
 }
 
 /// Brings rows of the kernels into the spectrogram, raised to its power. False if there is a zero
@@ -102,19 +102,16 @@ void spectrogram(float* dst, const FrameSource& source, int win_n, int win_type,
             compute_frames(out, source, fft_table, t, t + n);
             continue;
         }
-        FrameSpectra::Written written = {0, false};
-        if (right_away) {
-            written = spectra.write(out.row(0, t), 2 * out.frame_row);
-        }
-        const std::size_t right_n = written.doubtful ? 0 : written.frame_n;
-        if (right_n == n) {
+        const std::size_t written =
+            right_away ? spectra.write(out.row(0, t), 2 * out.frame_row) : 0;
+        if (written == n) {
             continue;
         }
-        float* const rows = spectra.rows(right_n);
+        float* const rows = spectra.rows(written);
         RowMove move = {
-            out.row(0, t + right_n), 2 * out.frame_row, rows, spectra.row_n(), freq_n, n - right_n};
+            out.row(0, t + written), 2 * out.frame_row, rows, spectra.row_n(), freq_n, n - written};
         if (!write_rows(out, move, rows, *kernels) && is_pow2(source.fft_n)) {
-            move.src = spectra.exact_rows(right_n);
+            move.src = spectra.exact_rows(written);
             kernels->interleave(move);
         }
     }
