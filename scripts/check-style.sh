@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 scripts/install-packages.sh clang clang-format clang-tidy doxygen python3 shellcheck
 
 # shellcheck disable=SC2046
-clang-format --dry-run --Werror $(git ls-files '*.c' '*.h' '*.cpp')
+clang-format --dry-run --Werror $(git ls-files '*.c' '*.h' '*.cpp' '*.inl')
 # shellcheck disable=SC2046
 shellcheck -x $(git ls-files '*.sh' .ci/run)
 

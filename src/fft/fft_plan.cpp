@@ -76,7 +76,7 @@ void FftPlan::plan_single_pow2() {
         twiddles += 6 * (span / 4);
     }
     block_n_ = span;
-    const std::size_t block_count = n_ / block_n_;
+    const std::size_t block_count = n_ / block_n_;  // NOLINT: block_n_ is not 0
     for (std::size_t i = 0; i < block_count; ++i) {
         std::size_t reversed = 0;
         for (std::size_t bit = 1; bit < block_count; bit *= 2) {

@@ -221,7 +221,7 @@ void direct_transform(const SinglePlanView& single, const Elements<T>& elements,
     const float output0[2] = {zeroth.re[0], zeroth.im[0]};
     put(0, output0);
     for (std::size_t k = 1; k < single.part_n; ++k) {
-        put(k, work + 2 * single.exponents[k - 1]);
+        put(k, work + std::size_t{2} * single.exponents[k - 1]);
     }
 }
 

@@ -28,7 +28,7 @@ bool by_kernel(float* dst, const float* src, std::size_t src_n, const FftPlanVie
         return false;
     }
     const auto transform = pow2 ? transforms.pow2 : transforms.general;
-    constexpr std::size_t usual_work_n = 4 * max_planned_n;
+    constexpr std::size_t usual_work_n = std::size_t{4} * max_planned_n;
     if (plan.work_n <= usual_work_n) {
         alignas(64) float work[usual_work_n];
         transform(dst, src, plan, work);
