@@ -69,7 +69,8 @@ bool write_rows(const Spectrogram& out, const RowMove& move, float* rows,
     if (!(out.power > 0.0F)) {
         return !kernels.interleave(move);
     }
-    for (std::size_t k = 0; out.power != 1.0F && k < move.row_n; ++k) {
+    const bool raised = out.power == 1.0F || out.power == 2.0F;  // by the kernels
+    for (std::size_t k = 0; !raised && k < move.row_n; ++k) {
         float* const row = rows + k * move.src_row;
         raise_to_power(row, row, move.n, out.power * 0.5F, kernels.level);
     }
