@@ -88,7 +88,7 @@ void mel_spectrogram(float* dst, const FrameSource& source, int win_n, int win_t
         }
         float* const values = spectra.rows(0);
         bool finite = true;
-        for (std::size_t k = 0; power != 1.0F && power != 2.0F && k < freq_n; ++k) {
+        for (std::size_t k = 0; !made_by_kernels(power) && k < freq_n; ++k) {
             float* const row = values + k * spectra.row_n();
             raise_to_power(row, row, n, power * 0.5F, kernels->level);
             // The squares are finite, but a high power of them may not be.

@@ -23,6 +23,11 @@ struct FrameSource {
 /// True where FrameSpectra is faster than one frame at a time.
 bool lanes_pay(const FrameSource& source);
 
+/// True for the powers that the kernels make, as roots and squares. Others are raised from squares.
+inline bool made_by_kernels(float power) {
+    return power == 1.0F || power == 2.0F;
+}
+
 /// Makes the spectra of blocks of frames: bins 0 ... fft_n / 2, as stft_core makes them. The
 /// storage does not grow with the signal.
 class FrameSpectra {

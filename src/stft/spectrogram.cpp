@@ -47,7 +47,6 @@ void compute_frames(const Spectrogram& out, const FrameSource& source,
     }
 }
 
-/// What the kernels make; other powers are raised afterwards, from the squares.
 FrameSpectra::Form form_of(float power) {
     if (!(power > 0.0F)) {
         return FrameSpectra::Form::complex_values;
@@ -59,7 +58,7 @@ FrameSpectra::Form form_of(float power) {
 /// is waited for while they compute. More rows than that, or rows in the order of a power of two,
 /// push one another out of the caches: whole blocks are then written row by row.
 bool writes_right_away(int fft_n, float power) {
-    return fft_n <= 512 && !is_pow2(fft_n) && (power <= 0.0F || power == 1.0F || power == 2.0F);
+    return fft_n <= 512 && !is_pow2(fft_n) && (power <= 0.0F || made_by_kernels(power));
 }
 
 /// Brings rows of the kernels into the spectrogram, raised to its power. False if there is a zero
@@ -69,8 +68,7 @@ bool write_rows(const Spectrogram& out, const RowMove& move, float* rows,
     if (!(out.power > 0.0F)) {
         return !kernels.interleave(move);
     }
-    const bool raised = out.power == 1.0F || out.power == 2.0F;  // by the kernels
-    for (std::size_t k = 0; !raised && k < move.row_n; ++k) {
+    for (std::size_t k = 0; !made_by_kernels(out.power) && k < move.row_n; ++k) {
         float* const row = rows + k * move.src_row;
         raise_to_power(row, row, move.n, out.power * 0.5F, kernels.level);
     }
