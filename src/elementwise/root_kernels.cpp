@@ -3,15 +3,7 @@
 namespace sorvo::audio {
 
 RootKernel root_kernel(CpuLevel level) {
-    switch (level) {
-        case CpuLevel::avx512:
-            return root_kernel_avx512;
-        case CpuLevel::avx2:
-            return root_kernel_avx2;
-        case CpuLevel::baseline:
-            break;
-    }
-    return root_kernel_baseline;
+    return for_level(level, root_kernel_baseline, root_kernel_avx2, root_kernel_avx512);
 }
 
 }  // namespace sorvo::audio

@@ -3,15 +3,7 @@
 namespace sorvo::audio {
 
 const SingleKernels& single_kernels(CpuLevel level) {
-    switch (level) {
-        case CpuLevel::avx512:
-            return single_kernels_avx512;
-        case CpuLevel::avx2:
-            return single_kernels_avx2;
-        case CpuLevel::baseline:
-            break;
-    }
-    return single_kernels_baseline;
+    return for_level(level, single_kernels_baseline, single_kernels_avx2, single_kernels_avx512);
 }
 
 }  // namespace sorvo::audio

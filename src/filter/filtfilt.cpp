@@ -132,7 +132,7 @@ class Passes {
 
     double& forward_output(std::size_t position) { return y_[position - begin_]; }
 
-    /// To dst what belongs there.
+    /// To dst what belongs there. Nobody asks for the state at the beginning of the signal.
     void run_backward(std::size_t begin, std::size_t end, State& state) {
         const std::size_t kept_end = std::clamp(dst_end_, begin, end);
         const std::size_t kept_begin = std::clamp(dst_begin_, begin, kept_end);
@@ -141,7 +141,9 @@ class Passes {
             run_filter(dst_ + (kept_begin - dst_begin_), &forward_output(kept_begin), coef_,
                        state.data(), kept_end - kept_begin, true, level_);
         }
-        run_backward_in_place(begin, kept_begin, state);
+        if (begin > 0) {
+            run_backward_in_place(begin, kept_begin, state);
+        }
     }
 
     /// Only for the state.
@@ -191,6 +193,7 @@ void filtfilt(float* dst, const float* src, const float* n_coef, const float* d_
     Passes passes(dst, dst_begin, dst_end, x, coef, y_n, level);
 
     std::vector<Section> sections;
+    sections.reserve(in_sections ? length / section_n + 1 : 1);
     State forward = scaled(steady, static_cast<double>(x.front()));
     for (std::size_t begin = 0; begin < length; begin = sections.back().end) {
         const bool last = length - begin <= y_n;

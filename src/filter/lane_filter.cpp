@@ -70,12 +70,16 @@ struct Note {
     }
 };
 
-/// Filters a round from `position` on; `state` is the true one before and after. Returns how many
-/// stretches never met it.
+template <class State, std::size_t state_n>
+using Notes = std::vector<Note<State, state_n>>;
+
+/// Filters a round from `position` on; `state` is the true one before and after. `notes` has room
+/// for those of a stretch. Returns how many stretches never met the true state.
 template <class Out, class In, class State, std::size_t state_n>
 std::size_t filter_round(const Path<Out>& dst, const Path<const In>& src,
                          const FilterCoefficients& coef, State* state, std::size_t position,
-                         const Round& round, const LaneFilterKernels<Out, In, State>& kernels) {
+                         const Round& round, const LaneFilterKernels<Out, In, State>& kernels,
+                         Notes<State, state_n>& notes) {
     const bool reverse = src.reverse;
     const auto stride = static_cast<std::ptrdiff_t>(round.stretch_n) * (reverse ? -1 : 1);
     LaneStates<State, state_n> z;
@@ -92,8 +96,7 @@ std::size_t filter_round(const Path<Out>& dst, const Path<const In>& src,
         run_rows(position + i, std::min(max_filter_row_n, round.warm_up_n - i));
     }
     position += round.warm_up_n;
-    std::vector<Note<State, state_n>> notes;
-    notes.reserve(round.stretch_n / note_n + 2);
+    notes.clear();
     notes.push_back({z, 0});
     for (std::size_t i = 0; i < round.stretch_n;) {
         const std::size_t n = std::min(max_filter_row_n, round.stretch_n - i);
@@ -135,11 +138,16 @@ void filter_rounds(const Path<Out>& dst, const Path<const In>& src, const Filter
         run_filter_plain(dst.range(done, n), src.range(done, n), coef, state, n, src.reverse);
         done += n;
     };
-    std::vector<In> copy;
     const std::size_t settled_n = settling_n<State>(coef);
     if (settled_n <= max_stretch_n) {
         const std::size_t warm_up_n =
             std::max(min_warm_up_n, round_down(settled_n + filter_row_unit - 1));
+        // All memory is had before the first output is written: a call that fails for want of it
+        // has changed neither the state nor a signal that is filtered in place.
+        Notes<State, state_n> notes;
+        notes.reserve(std::min(max_stretch_n, src.n / filter_lane_n) / note_n + 2);
+        std::vector<In> copy;
+        copy.reserve(in_place ? std::min(Round{warm_up_n, max_stretch_n}.size(), src.n) : 0);
         std::size_t pause_n = 0;
         for (;;) {
             const Round round = plan_round(src.n - done, warm_up_n);
@@ -155,7 +163,7 @@ void filter_rounds(const Path<Out>& dst, const Path<const In>& src, const Filter
                 from = {copy.data(), n, src.reverse, done};
             }
             const std::size_t unmet_n = filter_round<Out, In, State, state_n>(
-                dst, from, coef, state, done, round, filter_kernels(level));
+                dst, from, coef, state, done, round, filter_kernels(level), notes);
             done += n;
             // A filter that keeps failing soon is filtered without lanes; one that met silence
             // recovers.

@@ -15,15 +15,7 @@ MelBand nonzero_band(const float* weights, std::size_t n) {
 }
 
 const MelKernels& mel_kernels(CpuLevel level) {
-    switch (level) {
-        case CpuLevel::avx512:
-            return mel_kernels_avx512;
-        case CpuLevel::avx2:
-            return mel_kernels_avx2;
-        case CpuLevel::baseline:
-            break;
-    }
-    return mel_kernels_baseline;
+    return for_level(level, mel_kernels_baseline, mel_kernels_avx2, mel_kernels_avx512);
 }
 
 }  // namespace sorvo::audio

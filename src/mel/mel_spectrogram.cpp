@@ -74,7 +74,7 @@ void mel_spectrogram(float* dst, const FrameSource& source, int win_n, int win_t
     }
     const std::vector<MelBand>& bands = MFBTable::instance().ref_bands(
         mel.freq_n, mel.f_min, mel.f_max, mel.mel_n, mel.sample_rate, mel.mel_norm, mel.htk);
-    const auto form = power == 1.0F ? FrameSpectra::Form::roots : FrameSpectra::Form::squares;
+    const auto form = power == 1.0F ? FrameForm::roots : FrameForm::squares;
     FrameSpectra spectra(source, FftTable::instance().ref_plan(source.fft_n), mel_frames.window,
                          fft_norm_type, form, *kernels);
     const MelKernels& mel_kernel = mel_kernels(kernels->level);

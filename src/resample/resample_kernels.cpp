@@ -3,15 +3,8 @@
 namespace sorvo::audio {
 
 const ResampleKernels& resample_kernels(CpuLevel level) {
-    switch (level) {
-        case CpuLevel::avx512:
-            return resample_kernels_avx512;
-        case CpuLevel::avx2:
-            return resample_kernels_avx2;
-        case CpuLevel::baseline:
-            break;
-    }
-    return resample_kernels_baseline;
+    return for_level(level, resample_kernels_baseline, resample_kernels_avx2,
+                     resample_kernels_avx512);
 }
 
 }  // namespace sorvo::audio

@@ -3,15 +3,7 @@
 namespace sorvo::audio {
 
 const FrameKernels& frame_kernels(CpuLevel level) {
-    switch (level) {
-        case CpuLevel::avx512:
-            return frame_kernels_avx512;
-        case CpuLevel::avx2:
-            return frame_kernels_avx2;
-        case CpuLevel::baseline:
-            break;
-    }
-    return frame_kernels_baseline;
+    return for_level(level, frame_kernels_baseline, frame_kernels_avx2, frame_kernels_avx512);
 }
 
 }  // namespace sorvo::audio

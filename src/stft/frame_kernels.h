@@ -30,6 +30,12 @@ inline std::size_t work_scratch_n(const FftPlanView& plan) {
     return 2 * (plan.base_n > plan.largest_factor ? plan.base_n : plan.largest_factor);
 }
 
+/// What is made of a spectrum.
+enum class FrameForm { squares, roots, complex_values };
+constexpr int frame_form_n = 3;
+
+using FrameKernel = void (*)(const FrameJob& job);
+
 struct FrameKernels {
     CpuLevel level;
     std::size_t lane_n;
@@ -39,24 +45,18 @@ struct FrameKernels {
     std::uint32_t (*transpose)(float* dst, std::size_t dst_row, const float* src, std::size_t hop_n,
                                std::size_t row_n, std::size_t column_n);
 
-    /// Row k of `out`: the squared modulus of bin k, or its root. All from here on need finite
-    /// data.
-    void (*squares)(const FrameJob& job);
-    void (*roots)(const FrameJob& job);
-    /// Rows 2 k and 2 k + 1: the real and the imaginary part of bin k. A zero may have the wrong
-    /// sign where n is a power of two.
-    void (*spectra)(const FrameJob& job);
-    /// The same with the right signs, for powers of two.
-    void (*exact_spectra)(const FrameJob& job);
-
+    /// All from here on need finite data. One kernel for each FrameForm: row k of `out` is the
+    /// squared modulus of bin k, or its root; rows 2 k and 2 k + 1 are its real and its imaginary
+    /// part, of which a zero may have the wrong sign where n is a power of two.
+    FrameKernel rows[frame_form_n];
     /// The same values as re, im of frame after frame in row k; squares and roots have an im of 0.
-    void (*interleaved_squares)(const FrameJob& job);
-    void (*interleaved_roots)(const FrameJob& job);
-    void (*interleaved_spectra)(const FrameJob& job);
+    FrameKernel interleaved[frame_form_n];
+    /// Real and imaginary parts as rows, with the right signs, for powers of two.
+    FrameKernel exact_rows;
 
-    /// Brings rows into that layout: rows 2 k and 2 k + 1, or row k alone. The first is true if
-    /// there is a zero whose sign may be wrong: any but the imaginary parts of the bins 0 and n /
-    /// 2, which are +0 for any signal.
+    /// Brings rows into the second layout: rows 2 k and 2 k + 1, or row k alone. The first is true
+    /// if there is a zero whose sign may be wrong: any but the imaginary parts of the bins 0 and n
+    /// / 2, which are +0 for any signal.
     bool (*interleave)(const RowMove& move);
     void (*interleave_zeros)(const RowMove& move);
 };

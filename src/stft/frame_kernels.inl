@@ -197,13 +197,9 @@ constexpr FrameKernels make_frame_kernels(CpuLevel level) {
     return {level,
             lane_n,
             transpose,
-            powers<false, false>,
-            powers<false, true>,
-            spectra<false>,
+            {powers<false, false>, powers<false, true>, spectra<false>},
+            {powers<true, false>, powers<true, true>, spectra<true>},
             exact_spectra,
-            powers<true, false>,
-            powers<true, true>,
-            spectra<true>,
             interleave,
             interleave_zeros};
 }

@@ -34,7 +34,7 @@ bool lanes_pay(const FrameSource& source) {
 }
 
 FrameSpectra::FrameSpectra(const FrameSource& source, const FftPlan& plan,
-                           const std::vector<float>& window, int norm_type, Form form,
+                           const std::vector<float>& window, int norm_type, FrameForm form,
                            const FrameKernels& kernels)
     : source_(source),
       kernels_(kernels),
@@ -89,7 +89,7 @@ std::size_t FrameSpectra::work_n(const FftPlanView& plan) const {
 
 std::size_t FrameSpectra::out_n() const {
     const std::size_t freq_n = static_cast<std::size_t>(source_.fft_n) / 2 + 1;
-    return (form_ == Form::complex_values ? 2 : 1) * freq_n * odd_lines(block_n_);
+    return (form_ == FrameForm::complex_values ? 2 : 1) * freq_n * odd_lines(block_n_);
 }
 
 bool FrameSpectra::load(std::int64_t t, std::size_t n) {
@@ -167,22 +167,12 @@ FrameJob FrameSpectra::job_from(std::size_t first) const {
 }
 
 float* FrameSpectra::rows(std::size_t first) {
-    const FrameJob job = job_from(first);
-    switch (form_) {
-        case Form::squares:
-            kernels_.squares(job);
-            break;
-        case Form::roots:
-            kernels_.roots(job);
-            break;
-        case Form::complex_values:
-            kernels_.spectra(job);
-    }
-    return job.out;
+    kernels_.rows[static_cast<int>(form_)](job_from(first));
+    return job_.out;
 }
 
 const float* FrameSpectra::exact_rows(std::size_t first) {
-    kernels_.exact_spectra(job_from(first));
+    kernels_.exact_rows(job_from(first));
     return job_.out;
 }
 
@@ -191,16 +181,7 @@ std::size_t FrameSpectra::write(float* dst, std::size_t dst_row) {
     job.frame_n = loaded_n_ / kernels_.lane_n * kernels_.lane_n;
     job.out = dst;
     job.out_row = dst_row;
-    switch (form_) {
-        case Form::squares:
-            kernels_.interleaved_squares(job);
-            break;
-        case Form::roots:
-            kernels_.interleaved_roots(job);
-            break;
-        case Form::complex_values:
-            kernels_.interleaved_spectra(job);
-    }
+    kernels_.interleaved[static_cast<int>(form_)](job);
     return job.frame_n;
 }
 

@@ -32,10 +32,8 @@ inline bool made_by_kernels(float power) {
 /// storage does not grow with the signal.
 class FrameSpectra {
   public:
-    enum class Form { squares, roots, complex_values };
-
     FrameSpectra(const FrameSource& source, const FftPlan& plan, const std::vector<float>& window,
-                 int norm_type, Form form, const FrameKernels& kernels);
+                 int norm_type, FrameForm form, const FrameKernels& kernels);
     FrameSpectra(const FrameSpectra&) = delete;
     FrameSpectra& operator=(const FrameSpectra&) = delete;
 
@@ -69,7 +67,7 @@ class FrameSpectra {
 
     FrameSource source_;
     const FrameKernels& kernels_;
-    Form form_;
+    FrameForm form_;
     std::size_t rows_;     ///< of the transposed signal: the samples from frame to frame
     std::size_t overlap_;  ///< how many frames further on the samples of a frame reach
     std::size_t block_n_;

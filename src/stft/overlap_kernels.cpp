@@ -3,15 +3,7 @@
 namespace sorvo::audio {
 
 const OverlapKernels& overlap_kernels(CpuLevel level) {
-    switch (level) {
-        case CpuLevel::avx512:
-            return overlap_kernels_avx512;
-        case CpuLevel::avx2:
-            return overlap_kernels_avx2;
-        case CpuLevel::baseline:
-            break;
-    }
-    return overlap_kernels_baseline;
+    return for_level(level, overlap_kernels_baseline, overlap_kernels_avx2, overlap_kernels_avx512);
 }
 
 }  // namespace sorvo::audio

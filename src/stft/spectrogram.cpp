@@ -47,11 +47,11 @@ void compute_frames(const Spectrogram& out, const FrameSource& source,
     }
 }
 
-FrameSpectra::Form form_of(float power) {
+FrameForm form_of(float power) {
     if (!(power > 0.0F)) {
-        return FrameSpectra::Form::complex_values;
+        return FrameForm::complex_values;
     }
-    return power == 1.0F ? FrameSpectra::Form::roots : FrameSpectra::Form::squares;
+    return power == 1.0F ? FrameForm::roots : FrameForm::squares;
 }
 
 /// Where bins are few and come in order, the kernels write right into the spectrogram, and memory

@@ -16,4 +16,19 @@ bool cpu_supports(CpuLevel level);
 /// The highest supported level; decided once.
 CpuLevel cpu_level();
 
+/// Of the same kernels compiled for each level, those for this one.
+template <class Kernels>
+const Kernels& for_level(CpuLevel level, const Kernels& baseline, const Kernels& avx2,
+                         const Kernels& avx512) {
+    switch (level) {
+        case CpuLevel::avx512:
+            return avx512;
+        case CpuLevel::avx2:
+            return avx2;
+        case CpuLevel::baseline:
+            break;
+    }
+    return baseline;
+}
+
 }  // namespace sorvo::audio

@@ -141,5 +141,47 @@ TEST(AllocationFailure, OfEveryAllocationOfEveryCallLeavesNoTrace) {
     EXPECT_GT(total, 100) << "hardly any allocation was made to fail";
 }
 
+/// A call that fails may be repeated, so it must not have touched what it would read again.
+TEST(AllocationFailure, LeavesASignalFilteredInPlaceAndItsState) {
+    const std::vector<std::vector<float>> numerators = {
+        {0.2F, 0.3F}, {0.1F, 0.2F, 0.1F}, std::vector<float>(33, 0.03F), {0.1F, 0.2F, 0.3F, 0.4F}};
+    for (const std::vector<float>& b : numerators) {
+        std::vector<float> a(b.size(), 0.0F);
+        a[0] = 1.0F;
+        a[1] = b.size() > 4 ? 0.0F : -0.4F;
+        const int coef_n = static_cast<int>(b.size());
+        std::vector<float> state(b.size() - 1, 0.25F);
+        std::vector<float> signal(300000);
+        for (std::size_t i = 0; i < signal.size(); ++i) {
+            signal[i] = static_cast<float>(i * 7919 % 1000) / 500.0F - 1.0F;
+        }
+        const int n = static_cast<int>(signal.size());
+        const std::vector<float> signal_before = signal;
+        const std::vector<float> state_before = state;
+        for (const bool both_ways : {false, true}) {
+            const auto call = [&] {
+                return both_ways
+                           ? sorvoAudioFilterFilter(signal.data(), signal.data(), b.data(),
+                                                    a.data(), n, n, coef_n, coef_n, 1, 99)
+                           : sorvoAudioLinerFilter(signal.data(), signal.data(), b.data(), a.data(),
+                                                   state.data(), n, n, coef_n, coef_n, coef_n - 1);
+            };
+            int status = SORVO_AUDIO_ERROR_MEMORY;
+            for (long failing = 0; status != SORVO_AUDIO_OK; ++failing) {
+                allocations_left = failing;
+                status = call();
+                allocations_left = -1;
+                if (status != SORVO_AUDIO_OK) {
+                    ASSERT_EQ(status, SORVO_AUDIO_ERROR_MEMORY);
+                    ASSERT_EQ(signal, signal_before) << coef_n << " taps, allocation " << failing;
+                    ASSERT_EQ(state, state_before) << coef_n << " taps, allocation " << failing;
+                }
+            }
+            signal = signal_before;
+            state = state_before;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace sorvo::audio::test
