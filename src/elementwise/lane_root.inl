@@ -8,35 +8,31 @@
 
 #include "util/lanes.inl"
 
-extern "C" float powf(float, float);
-
 namespace sorvo::audio {
 namespace {
 
-/// A root, and one bit for each lane in which it may be wrong. Zeros have a root of 0; what is so
-/// small that the remainder could underflow, and what is not a finite positive number, is in doubt.
+/// A root, and one bit for each lane in which it may be wrong: there the value is not the root but
+/// x with a sign. Zeros have a root of 0; what is so small that the remainder could underflow, and
+/// what is not a finite positive number, is in doubt.
 struct Root {
     Pack value;
     unsigned doubt;
 };
 
-constexpr float smallest_certain = 1e-30F;
+constexpr float underflow = 1e-37F;  // taken off the bound, leaves nothing where x is below 1e-30
 
 #if defined(__AVX512F__)
 
 SORVO_INLINE Root find_root(Pack x) {
-    const __m512 positive = x + Pack{};  // powf has +0 for -0
-    const __m512 s = _mm512_sqrt_ps(positive);
-    const __m512 remainder = _mm512_abs_ps(_mm512_fnmadd_ps(s, s, positive));
+    const __m512 s = _mm512_sqrt_ps(x);
+    const __m512 remainder = _mm512_abs_ps(_mm512_fnmadd_ps(s, s, x));
     const __m512 binade = _mm512_and_ps(s, _mm512_castsi512_ps(_mm512_set1_epi32(0x7f800000)));
-    const __m512 bound = s * (binade * broadcast(0.996F * 0x1p-23F));
-    // One less makes 0 the largest of all: its remainder decides.
-    const __m512i one = _mm512_set1_epi32(1);
-    const __m512i bits = _mm512_sub_epi32(_mm512_castps_si512(positive), one);
-    const __m512i least = _mm512_sub_epi32(_mm512_castps_si512(broadcast(smallest_certain)), one);
-    const __mmask16 decided =
-        _mm512_mask_cmpge_epu32_mask(_mm512_cmp_ps_mask(remainder, bound, _CMP_LE_OQ), bits, least);
-    return {s, 0xffffU & ~unsigned{decided}};
+    const __m512 bound =
+        _mm512_fmadd_ps(s, binade * broadcast(0.996F * 0x1p-23F), broadcast(-underflow));
+    const __m512i bits = _mm512_castps_si512(x);
+    const __mmask16 doubt =
+        _mm512_mask_cmp_ps_mask(_mm512_test_epi32_mask(bits, bits), remainder, bound, _CMP_NLE_UQ);
+    return {_mm512_mask_or_ps(s, doubt, x, broadcast(-0.0F)), doubt};
 }
 
 #else
@@ -51,8 +47,12 @@ SORVO_INLINE unsigned lane_bits(Pack mask) {
 
 using Bits = std::uint32_t __attribute__((vector_size(4 * lane_n)));
 
+SORVO_INLINE Bits bits_of(Pack value) {
+    return reinterpret_cast<Bits>(value);
+}
+
 SORVO_INLINE Pack select(Pack value, std::uint32_t mask) {
-    return reinterpret_cast<Pack>(reinterpret_cast<Bits>(value) & mask);
+    return reinterpret_cast<Pack>(bits_of(value) & mask);
 }
 
 SORVO_INLINE Root find_root(Pack x) {
@@ -65,27 +65,14 @@ SORVO_INLINE Root find_root(Pack x) {
     const Pack high = select(s, 0xFFFFF000U);
     const Pack low = s - high;
     const Pack remainder = ((x - high * high) - 2.0F * high * low) - low * low;
-    const Pack bound = s * (select(s, 0x7F800000U) * (0.99F * 0x1p-23F));
-    const Pack zero = reinterpret_cast<Pack>(x == Pack{});
-    const auto decided =
-        (select(remainder, 0x7FFFFFFFU) <= bound) & (x >= broadcast(smallest_certain));
-    constexpr unsigned all = (1U << lane_n) - 1;
-    return {reinterpret_cast<Pack>(~reinterpret_cast<Bits>(zero) & reinterpret_cast<Bits>(s)),
-            all & ~(lane_bits(reinterpret_cast<Pack>(decided)) | lane_bits(zero))};
+    const Pack bound = s * (select(s, 0x7F800000U) * (0.99F * 0x1p-23F)) - underflow;
+    const auto decided = reinterpret_cast<Bits>(select(remainder, 0x7FFFFFFFU) <= bound);
+    const auto doubt = ~decided & reinterpret_cast<Bits>(x != Pack{});
+    const Bits value = (decided & bits_of(s)) | (doubt & (bits_of(x) | 0x80000000U));
+    return {reinterpret_cast<Pack>(value), lane_bits(reinterpret_cast<Pack>(doubt))};
 }
 
 #endif
-
-/// Asks powf for the lanes of x that are in doubt: their roots go to dst[lane * step].
-[[gnu::noinline, gnu::cold]] void ask_for_roots(float* dst, std::size_t step, Pack x,
-                                                unsigned doubt) {
-    float asked[lane_n];
-    store(asked, x);
-    for (; doubt != 0; doubt &= doubt - 1) {
-        const auto lane = static_cast<std::size_t>(__builtin_ctz(doubt));
-        dst[lane * step] = ::powf(asked[lane], 0.5F);
-    }
-}
 
 }  // namespace
 }  // namespace sorvo::audio

@@ -2,8 +2,20 @@
 #include "elementwise/lane_root.inl"
 #include "util/lanes.inl"
 
+extern "C" float powf(float, float);
+
 namespace sorvo::audio {
 namespace {
+
+/// Asks powf for the lanes of x that are in doubt.
+[[gnu::noinline, gnu::cold]] void ask_for_roots(float* dst, Pack x, unsigned doubt) {
+    float asked[lane_n];
+    store(asked, x);
+    for (; doubt != 0; doubt &= doubt - 1) {
+        const int lane = __builtin_ctz(doubt);
+        dst[lane] = ::powf(asked[lane], 0.5F);
+    }
+}
 
 void take_roots(float* dst, const float* src, std::size_t n) {
     std::size_t i = 0;
@@ -12,7 +24,7 @@ void take_roots(float* dst, const float* src, std::size_t n) {
         const Root root = find_root(x);
         store(dst + i, root.value);
         if (root.doubt != 0) {
-            ask_for_roots(dst + i, 1, x, root.doubt);
+            ask_for_roots(dst + i, x, root.doubt);
         }
     }
     for (; i < n; ++i) {

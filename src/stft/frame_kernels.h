@@ -21,9 +21,13 @@ struct FrameJob {
     float scale;
     float* out;  ///< rows of out_row floats, of which each frame has one, or two if interleaved
     std::size_t out_row;
-    std::size_t frame_n;  ///< a multiple of lane_n
-    float* work;          ///< 2 n floats a lane, then work_scratch_n() floats a lane; aligned
+    std::size_t frame_n;    ///< a multiple of lane_n
+    float* work;            ///< 2 n floats a lane, then work_scratch_n() floats a lane; aligned
+    std::uint16_t* doubts;  ///< for roots: one a bin, a multiple of doubts_at_once; the rest is 0
 };
+
+/// Roots in doubt are looked for in so many bins at a time.
+constexpr std::size_t doubts_at_once = 4;
 
 /// Values that a transform keeps aside, in floats a lane.
 inline std::size_t work_scratch_n(const FftPlanView& plan) {

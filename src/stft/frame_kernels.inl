@@ -5,6 +5,8 @@
 #include "fft/lane_moves.inl"
 #include "util/lanes.inl"
 
+extern "C" float powf(float, float);
+
 namespace sorvo::audio {
 namespace {
 
@@ -21,6 +23,14 @@ struct WindowedSamples {
     }
 };
 
+SORVO_INLINE Complex scaled(Complex value, float scale) {
+    if (scale != 1.0F) {  // most spectra are not scaled
+        value.re *= scale;
+        value.im *= scale;
+    }
+    return value;
+}
+
 /// Sinks of two layouts: a row for each value, or, `interleaved`, a row of re, im, re, im, ... Real
 /// values have an im of 0 there.
 template <bool interleaved, bool root>
@@ -30,18 +40,22 @@ struct PowerSink {
     float* out;
     std::size_t row;
     float scale;
+    std::uint16_t* doubts;
+
+    SORVO_INLINE PowerSink(const FrameJob& job, std::size_t t)
+        : out(job.out + (interleaved ? 2 * t : t)),
+          row(job.out_row),
+          scale(job.scale),
+          doubts(job.doubts) {}
 
     SORVO_INLINE void operator()(std::size_t bin, Complex value) const {
-        const Pack re = value.re * scale;
-        const Pack im = value.im * scale;
-        const Pack square = im * im + re * re;
+        const Complex x = scaled(value, scale);
+        const Pack square = x.im * x.im + x.re * x.re;
         float* const dst = out + bin * row;
         if (root) {
             const Root found = find_root(square);
             put(dst, found.value);
-            if (__builtin_expect(found.doubt != 0, 0)) {
-                ask_for_roots(dst, interleaved ? 2 : 1, square, found.doubt);
-            }
+            doubts[bin] = static_cast<std::uint16_t>(found.doubt);
         } else {
             put(dst, square);
         }
@@ -54,6 +68,21 @@ struct PowerSink {
             store(dst, value);
         }
     }
+
+    /// Asks powf for the roots in doubt, of which squares with a sign were put. Done at the end: a
+    /// call amid the transform would drive its values out of the registers.
+    void finish(std::size_t bin_n) const {
+        for (std::size_t bin = 0; root && bin < bin_n; bin += doubts_at_once) {
+            std::uint64_t lanes = 0;
+            __builtin_memcpy(&lanes, doubts + bin, sizeof lanes);
+            for (; lanes != 0; lanes &= lanes - 1) {
+                const auto lane = static_cast<std::size_t>(__builtin_ctzll(lanes));
+                float* const value =
+                    out + (bin + lane / 16) * row + lane % 16 * (interleaved ? 2 : 1);
+                *value = ::powf(-*value, 0.5F);
+            }
+        }
+    }
 };
 
 template <bool interleaved>
@@ -64,16 +93,20 @@ struct ComplexSink {
     std::size_t row;
     float scale;
 
+    SORVO_INLINE ComplexSink(const FrameJob& job, std::size_t t)
+        : out(job.out + (interleaved ? 2 * t : t)), row(job.out_row), scale(job.scale) {}
+
     SORVO_INLINE void operator()(std::size_t bin, Complex value) const {
-        const Pack re = value.re * scale;
-        const Pack im = value.im * scale;
+        const Complex x = scaled(value, scale);
         if (interleaved) {
-            store_interleaved(out + bin * row, re, im);
+            store_interleaved(out + bin * row, x.re, x.im);
         } else {
-            store(out + 2 * bin * row, re);
-            store(out + (2 * bin + 1) * row, im);
+            store(out + 2 * bin * row, x.re);
+            store(out + (2 * bin + 1) * row, x.im);
         }
     }
+
+    void finish(std::size_t /*bin_n*/) const {}
 };
 
 template <class Transform>
@@ -84,27 +117,28 @@ void for_each_tile(const FrameJob& job, Transform transform) {
     }
 }
 
-template <class Sink, bool interleaved>
+template <class Sink>
 void transform_tiles(const FrameJob& job) {
     const FftPlanView& plan = job.plan;
     for_each_tile(job, [&](std::size_t t, Pack* work, const WindowedSamples& input) {
-        const Sink sink = {job.out + (interleaved ? 2 * t : t), job.out_row, job.scale};
+        const Sink sink(job, t);
         if (plan.base_n == 0) {
             real_transform(work, plan, input, sink);
         } else {
             GeneralTransform<WindowedSamples>(plan, work + 2 * plan.n, input).run(work, sink);
         }
+        sink.finish(plan.n / 2 + 1);
     });
 }
 
 template <bool interleaved, bool root>
 void powers(const FrameJob& job) {
-    transform_tiles<PowerSink<interleaved, root>, interleaved>(job);
+    transform_tiles<PowerSink<interleaved, root>>(job);
 }
 
 template <bool interleaved>
 void spectra(const FrameJob& job) {
-    transform_tiles<ComplexSink<interleaved>, interleaved>(job);
+    transform_tiles<ComplexSink<interleaved>>(job);
 }
 
 void exact_spectra(const FrameJob& job) {
@@ -112,8 +146,7 @@ void exact_spectra(const FrameJob& job) {
         const auto windowed = [&](std::size_t i) {  // x * 0 could be -0
             return i >= job.begin && i < job.end ? input(i) : Pack{};
         };
-        exact_transform(work, job.plan, windowed,
-                        ComplexSink<false>{job.out + t, job.out_row, job.scale});
+        exact_transform(work, job.plan, windowed, ComplexSink<false>(job, t));
     });
 }
 

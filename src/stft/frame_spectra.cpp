@@ -46,6 +46,7 @@ FrameSpectra::FrameSpectra(const FrameSource& source, const FftPlan& plan,
       limit_(0.0F),
       offsets_(static_cast<std::size_t>(source.fft_n)),
       window_(static_cast<std::size_t>(source.fft_n), 1.0F),
+      doubts_(form == FrameForm::roots ? offsets_.size() / 2 + 1 + doubts_at_once : 0),
       workspace_({transposed_n(), work_n(plan.view()), out_n()}),
       transposed_(workspace_.take(transposed_n())),
       job_{} {
@@ -67,6 +68,7 @@ FrameSpectra::FrameSpectra(const FrameSource& source, const FftPlan& plan,
     job_.out_row = odd_lines(block_n_);
     job_.work = workspace_.take(work_n(job_.plan));
     job_.out = workspace_.take(out_n());
+    job_.doubts = doubts_.data();
     // Below it neither the sums of a transform nor their squares reach the largest float.
     limit_ = 1e18F / (static_cast<float>(source.fft_n) * std::max(job_.scale, 1.0F));
 }

@@ -75,6 +75,7 @@ class FrameSpectra {
     float limit_;  ///< of |sample|
     std::vector<std::uint32_t> offsets_;
     std::vector<float> window_;
+    std::vector<std::uint16_t> doubts_;
     std::vector<float> extended_;
     Workspace workspace_;
     float* transposed_;
