@@ -1,6 +1,7 @@
 #include "fft/fft_plan.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "fft/fft.h"
 #include "fft/fft_table.h"
@@ -22,6 +23,23 @@ void add_roots(std::vector<std::size_t>& roots, std::size_t n, std::size_t facto
             roots.push_back(s * (k + u * sub_n) % length * (n / length));
         }
     }
+}
+
+/// The first elements of the transforms that the innermost stage joins. Each stage splits its
+/// blocks by the residue of the index, fused stages by the outer factor first.
+std::vector<std::uint32_t> starts_of_parts(const std::vector<FftStage>& stages) {
+    std::vector<std::uint32_t> starts(1, 0);
+    for (const FftStage& stage : stages) {
+        std::vector<std::uint32_t> split;
+        for (const std::uint32_t start : starts) {
+            for (std::size_t r = 0; r < stage.factor; ++r) {
+                const std::size_t residue = stage.factor == fused_twos ? r / 2 + 2 * (r % 2) : r;
+                split.push_back(start + static_cast<std::uint32_t>(residue * stage.blocks));
+            }
+        }
+        starts = std::move(split);
+    }
+    return starts;
 }
 
 }  // namespace
@@ -109,6 +127,7 @@ void FftPlan::plan_general(const std::vector<float>& table) {
         length = sub_n;
     }
     base_n_ = length;
+    base_starts_ = starts_of_parts(stages_);
     for (std::size_t i = 0; i < stages_.size(); ++i) {
         if (has_stage_kernel(stages_[i].factor)) {
             stages_[i].twiddles = twiddles_.data() + starts[i];
@@ -129,6 +148,7 @@ FftPlanView FftPlan::make_view() const {
             stages_.data(),
             stages_.size(),
             base_n_,
+            base_starts_.data(),
             largest,
             block_n_,
             columns_.data(),

@@ -33,8 +33,9 @@ struct FftPlanView {
     const float* twiddles;   ///< powers of two: stage after stage, k after k, (c, s) of k, 2k, 3k
     const FftStage* stages;  ///< other lengths: from the outermost stage inwards
     std::size_t stage_n;
-    std::size_t base_n;          ///< length of the direct transforms that the innermost stage joins
-    std::size_t largest_factor;  ///< of the stages, at least 1
+    std::size_t base_n;  ///< length of the direct transforms that the innermost stage joins
+    const std::uint32_t* base_starts;  ///< the first element of each of them, in storage order
+    std::size_t largest_factor;        ///< of the stages, at least 1
 
     /// For one transform of a power of two with its own elements as lanes; block_n is 0 where there
     /// is no such way.
@@ -71,6 +72,7 @@ class FftPlan {
     std::vector<float> twiddles_;
     std::vector<FftStage> stages_;
     std::size_t base_n_ = 0;
+    std::vector<std::uint32_t> base_starts_;
     std::size_t block_n_ = 0;
     std::vector<float> columns_;
     std::vector<std::uint32_t> order_;

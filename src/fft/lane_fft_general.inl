@@ -41,14 +41,19 @@ SORVO_INLINE void load_column(Complex* y, const Pack* x, std::size_t sub_n, std:
     }
 }
 
-/// Column 0 of that stage: the first outputs of transforms of real data are real.
+/// Column 0 of that stage: the first outputs of transforms of real data are real, and the roots of
+/// output 0 are 1.
 template <std::size_t factor>
 SORVO_INLINE void join_real_column(Pack* x, std::size_t sub_n, const float* w) {
     Pack y[factor];
-    for (std::size_t s = 0; s < factor; ++s) {
+    Complex total = {x[0], Pack{}};
+    y[0] = x[0];
+    for (std::size_t s = 1; s < factor; ++s, w += 2) {
         y[s] = x[2 * s * sub_n];
+        total.re += y[s];
     }
-    for (std::size_t u = 0; u < factor; ++u) {
+    store(x, 0, total);
+    for (std::size_t u = 1; u < factor; ++u) {
         Complex sum = {y[0], Pack{}};
         for (std::size_t s = 1; s < factor; ++s, w += 2) {
             sum.re += w[0] * y[s];
@@ -58,22 +63,25 @@ SORVO_INLINE void join_real_column(Pack* x, std::size_t sub_n, const float* w) {
     }
 }
 
-/// A stage in place; with `real_column` it is the innermost one of real data.
+/// A stage of `count` transforms one after the other, in place; with `real_column` it is the
+/// innermost one of real data.
 template <std::size_t factor>
-[[gnu::noinline]] void join(Pack* x, const FftStage& stage, bool real_column) {
+[[gnu::noinline]] void join(Pack* x, const FftStage& stage, std::size_t count, bool real_column) {
     const std::size_t sub_n = stage.sub_n;
-    const float* w = stage.twiddles;
-    std::size_t k = 0;
-    if (real_column) {
-        join_real_column<factor>(x, sub_n, w);
-        w += 2 * factor * (factor - 1);
-        k = 1;
-    }
-    for (; k < sub_n; ++k, w += 2 * factor * (factor - 1)) {
-        Complex y[factor];
-        load_column<factor>(y, x, sub_n, k);
-        sum_column<factor>(y, w, factor,
-                           [=](std::size_t u, Complex sum) { store(x, k + u * sub_n, sum); });
+    for (; count != 0; --count, x += 2 * factor * sub_n) {
+        const float* w = stage.twiddles;
+        std::size_t k = 0;
+        if (real_column) {
+            join_real_column<factor>(x, sub_n, w);
+            w += 2 * factor * (factor - 1);
+            k = 1;
+        }
+        for (; k < sub_n; ++k, w += 2 * factor * (factor - 1)) {
+            Complex y[factor];
+            load_column<factor>(y, x, sub_n, k);
+            sum_column<factor>(y, w, factor,
+                               [=](std::size_t u, Complex sum) { store(x, k + u * sub_n, sum); });
+        }
     }
 }
 
@@ -105,20 +113,22 @@ SORVO_INLINE Complex plus_product(Complex a, const float* w, Complex b) {
 
 /// Two stages of factor 2: columns k and k + sub_n of the outer one are fed by column k of the two
 /// inner ones.
-[[gnu::noinline]] void join_fused_twos(Pack* x, const FftStage& stage) {
+[[gnu::noinline]] void join_fused_twos(Pack* x, const FftStage& stage, std::size_t count) {
     const std::size_t sub_n = stage.sub_n;
-    const float* w = stage.twiddles;
-    for (std::size_t k = 0; k < sub_n; ++k, w += 12) {
-        Complex y[4];
-        load_column<4>(y, x, sub_n, k);
-        const Complex a = plus_product(y[0], w, y[1]);
-        const Complex b = plus_product(y[2], w, y[3]);
-        store(x, k, plus_product(a, w + 4, b));
-        store(x, k + 2 * sub_n, plus_product(a, w + 6, b));
-        const Complex c = plus_product(y[0], w + 2, y[1]);
-        const Complex d = plus_product(y[2], w + 2, y[3]);
-        store(x, k + sub_n, plus_product(c, w + 8, d));
-        store(x, k + 3 * sub_n, plus_product(c, w + 10, d));
+    for (; count != 0; --count, x += 8 * sub_n) {
+        const float* w = stage.twiddles;
+        for (std::size_t k = 0; k < sub_n; ++k, w += 12) {
+            Complex y[4];
+            load_column<4>(y, x, sub_n, k);
+            const Complex a = plus_product(y[0], w, y[1]);
+            const Complex b = plus_product(y[2], w, y[3]);
+            store(x, k, plus_product(a, w + 4, b));
+            store(x, k + 2 * sub_n, plus_product(a, w + 6, b));
+            const Complex c = plus_product(y[0], w + 2, y[1]);
+            const Complex d = plus_product(y[2], w + 2, y[3]);
+            store(x, k + sub_n, plus_product(c, w + 8, d));
+            store(x, k + 3 * sub_n, plus_product(c, w + 10, d));
+        }
     }
 }
 
@@ -165,11 +175,14 @@ SORVO_INLINE void sum_any_column(const Pack* x, const FftStage& stage, const flo
     }
 }
 
-[[gnu::noinline]] void join_any(Pack* x, const FftStage& stage, const float* roots, Pack* scratch) {
+[[gnu::noinline]] void join_any(Pack* x, const FftStage& stage, std::size_t count,
+                                const float* roots, Pack* scratch) {
     const std::size_t bin_n = stage.factor * stage.sub_n;
-    for (std::size_t k = 0; k < stage.sub_n; ++k) {
-        sum_any_column(x, stage, roots, k, bin_n, scratch,
-                       [=](std::size_t output, Complex sum) { store(x, output, sum); });
+    for (; count != 0; --count, x += 2 * bin_n) {
+        for (std::size_t k = 0; k < stage.sub_n; ++k) {
+            sum_any_column(x, stage, roots, k, bin_n, scratch,
+                           [=](std::size_t output, Complex sum) { store(x, output, sum); });
+        }
     }
 }
 
@@ -269,6 +282,10 @@ SORVO_INLINE constexpr bool is_real(const Complex*) {
     return false;
 }
 
+/// Transforms that take up to so much are computed stage by stage, longer ones part by part: parts
+/// that stay in the first-level cache, but no more calls than that takes.
+constexpr std::size_t stagewise_size = std::size_t{1} << 14;
+
 template <class Input>
 class GeneralTransform {
   public:
@@ -279,12 +296,12 @@ class GeneralTransform {
     template <class Sink>
     void run(Pack* x, Sink sink) const {
         if (plan_.stage_n == 0) {
-            load_base(0, 1);
+            load_base(0);
             base_any(base_values(), plan_.n, plan_.roots, 1, wanted_bins<Sink>(plan_.n), sink);
             return;
         }
         const FftStage& stage = plan_.stages[0];
-        sub_transforms(x, 0, 0, 1);
+        transform_parts(x, 0, 0);
         switch (stage.factor) {
             case 2:
                 deliver<2>(x, stage, sink);
@@ -306,112 +323,109 @@ class GeneralTransform {
         }
     }
 
-    /// The transform of the elements 0, stride, 2 stride, ... by the stages from `level` inwards,
-    /// into x.
-    void run_inner(Pack* x, std::size_t level, std::size_t stride) const {
+    /// The stages from `level` inwards alone: the transform of every element of which the index is
+    /// a multiple of the factors of the stages before.
+    void run_inner(Pack* x, std::size_t level) const {
         if (level == plan_.stage_n) {
-            bases(x, 1, 0, stride / plan_.stages[level - 1].factor);
+            bases(x, 0, 1);
         } else {
-            sub_transform(x, level, 0, stride);
+            transform_parts(x, level, 0);
+            join_parts(x, level, 1);
         }
     }
 
   private:
     using Value = typename Input::Value;  // Pack or Complex
 
-    /// The transforms that stage `level` joins, of the elements first, first + stride, ...
-    void sub_transforms(Pack* x, std::size_t level, std::size_t first, std::size_t stride) const {
+    /// The transforms that one block of stage `level` joins; the first of their direct transforms
+    /// is number `first_base`.
+    void transform_parts(Pack* x, std::size_t level, std::size_t first_base) const {
         const FftStage& stage = plan_.stages[level];
-        if (level + 1 == plan_.stage_n) {
-            bases(x, stage.factor, first, stride);
+        const std::size_t length = stage.factor * stage.sub_n;
+        if (level + 1 == plan_.stage_n || length * sizeof(Complex) <= stagewise_size) {
+            bases(x, first_base, length / plan_.base_n);
+            for (std::size_t inner = plan_.stage_n - 1; inner > level; --inner) {
+                join_parts(x, inner, plan_.stages[inner].blocks / stage.blocks);
+            }
             return;
         }
         for (std::size_t r = 0; r < stage.factor; ++r) {
-            sub_transform(x + 2 * r * stage.sub_n, level + 1, first + residue(stage, r) * stride,
-                          stage.factor * stride);
+            Pack* const part = x + 2 * r * stage.sub_n;
+            transform_parts(part, level + 1, first_base + r * stage.sub_n / plan_.base_n);
+            join_parts(part, level + 1, 1);
         }
     }
 
-    void sub_transform(Pack* x, std::size_t level, std::size_t first, std::size_t stride) const {
+    /// `count` blocks of a stage.
+    void join_parts(Pack* x, std::size_t level, std::size_t count) const {
         const FftStage& stage = plan_.stages[level];
-        sub_transforms(x, level, first, stride);
         const bool real = is_real(static_cast<Value*>(nullptr)) && level + 1 == plan_.stage_n;
         switch (stage.factor) {
             case 2:
-                join<2>(x, stage, real);
+                join<2>(x, stage, count, real);
                 break;
             case 3:
-                join<3>(x, stage, real);
+                join<3>(x, stage, count, real);
                 break;
             case fused_twos:
-                join_fused_twos(x, stage);
+                join_fused_twos(x, stage, count);
                 break;
             case 5:
-                join<5>(x, stage, real);
+                join<5>(x, stage, count, real);
                 break;
             case 7:
-                join<7>(x, stage, real);
+                join<7>(x, stage, count, real);
                 break;
             default:
-                join_any(x, stage, plan_.roots, scratch_);
+                join_any(x, stage, count, plan_.roots, scratch_);
         }
     }
 
-    /// The residue whose transform stands at place r: fused stages split by the outer factor first.
-    static std::size_t residue(const FftStage& stage, std::size_t r) {
-        return stage.factor == fused_twos ? (r >> 1) + 2 * (r & 1) : r;
-    }
-
-    void bases(Pack* x, std::size_t count, std::size_t first, std::size_t stride) const {
+    /// `count` direct transforms from number `first` on.
+    void bases(Pack* x, std::size_t first, std::size_t count) const {
         switch (plan_.base_n) {
             case 3:
-                base_loop<3>(x, count, first, stride);
+                base_loop<3>(x, first, count);
                 break;
             case 5:
-                base_loop<5>(x, count, first, stride);
+                base_loop<5>(x, first, count);
                 break;
             case 7:
-                base_loop<7>(x, count, first, stride);
+                base_loop<7>(x, first, count);
                 break;
             default:
-                base_loop_any(x, count, first, stride);
+                base_loop_any(x, first, count);
         }
     }
 
     template <std::size_t n>
-    [[gnu::noinline]] void base_loop(Pack* x, std::size_t count, std::size_t first,
-                                     std::size_t stride) const {
-        const FftStage& stage = plan_.stages[plan_.stage_n - 1];
-        const std::size_t step = stage.factor * stride;
+    [[gnu::noinline]] void base_loop(Pack* x, std::size_t first, std::size_t count) const {
+        const std::size_t step = plan_.n / n;
         Complex w[n];
         for (std::size_t j = 0; j < n; ++j) {
-            const float* const root = plan_.roots + 2 * j * (plan_.n / n);
+            const float* const root = plan_.roots + 2 * j * step;
             w[j] = {broadcast(root[0]), broadcast(root[1])};
         }
-        for (std::size_t r = 0; r < count; ++r) {
-            const std::size_t from = first + residue(stage, r) * stride;
-            Pack* const to = x + 2 * r * n;
+        for (std::size_t i = 0; i < count; ++i, x += 2 * n) {
+            const std::size_t start = plan_.base_starts[first + i];
             base<n>(
-                w, [&](std::size_t j) { return input_(from + j * step); },
-                [=](std::size_t k, Complex value) { store(to, k, value); });
+                w, [&](std::size_t j) { return input_(start + j * step); },
+                [=](std::size_t k, Complex value) { store(x, k, value); });
         }
     }
 
-    [[gnu::noinline]] void base_loop_any(Pack* x, std::size_t count, std::size_t first,
-                                         std::size_t stride) const {
-        const FftStage& stage = plan_.stages[plan_.stage_n - 1];
+    [[gnu::noinline]] void base_loop_any(Pack* x, std::size_t first, std::size_t count) const {
         const std::size_t n = plan_.base_n;
-        for (std::size_t r = 0; r < count; ++r) {
-            Pack* const to = x + 2 * r * n;
-            load_base(first + residue(stage, r) * stride, stage.factor * stride);
+        for (std::size_t i = 0; i < count; ++i, x += 2 * n) {
+            load_base(plan_.base_starts[first + i]);
             base_any(base_values(), n, plan_.roots, plan_.n / n, n,
-                     [=](std::size_t k, Complex value) { store(to, k, value); });
+                     [=](std::size_t k, Complex value) { store(x, k, value); });
         }
     }
 
-    void load_base(std::size_t first, std::size_t step) const {
+    void load_base(std::size_t start) const {
         for (std::size_t j = 0; j < plan_.base_n; ++j) {
-            base_values()[j] = input_(first + j * step);
+            base_values()[j] = input_(start + j * (plan_.n / plan_.base_n));
         }
     }
 

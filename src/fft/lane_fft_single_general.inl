@@ -143,8 +143,7 @@ void rows_by_residue(float* rows, const FftPlanView& plan, const Elements<T>& el
     }
     for (std::size_t first = 0; first < row_count; first += lane_n) {
         const ResidueInput<T> input{elements, first};
-        GeneralTransform<ResidueInput<T>>(plan, scratch, input)
-            .run_inner(work, single.outer_n, row_count);
+        GeneralTransform<ResidueInput<T>>(plan, scratch, input).run_inner(work, single.outer_n);
         transpose_rows(rows, single, work, first, row_count - first);
     }
 }
