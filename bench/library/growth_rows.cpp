@@ -9,6 +9,7 @@ namespace sorvo::bench {
 namespace {
 
 constexpr int sample_rate = 16000;
+constexpr int resampled_rate = 44100;
 constexpr int lengths[] = {1, 30, 600};  // seconds
 constexpr int fft_n = 400;
 constexpr int hop_n = 160;
@@ -44,8 +45,8 @@ void inverse(float* dst, const float* src, int sample_n) {
 
 void resample(float* dst, const float* src, int sample_n) {
     int dst_n = 0;
-    sorvoAudioGetResampleLen(&dst_n, 16000, sample_n, 44100);
-    sorvoAudioResample(dst, src, 16000, dst_n, 44100, sample_n);
+    sorvoAudioGetResampleLen(&dst_n, sample_rate, sample_n, resampled_rate);
+    sorvoAudioResample(dst, src, sample_rate, dst_n, resampled_rate, sample_n);
 }
 
 void filter(float* dst, const float* src, int sample_n) {
@@ -60,7 +61,7 @@ void filtfilt(float* dst, const float* src, int sample_n) {
                            SORVO_AUDIO_PAD_ODD, 9);
 }
 
-Row growth_row(Task task) {
+Row growth_row(Task task, int src_rate) {
     // A spectrogram has 2 freq_n / hop_n = 2.5 values for each sample.
     constexpr double longest = 600.0;
     const auto src =
@@ -68,7 +69,7 @@ Row growth_row(Task task) {
     Row row{src->size(), 0.0, {}};
     for (const int length : lengths) {
         row.variants.push_back({std::to_string(length) + "s",
-                                [=](float* dst) { task(dst, src->data(), length * sample_rate); }});
+                                [=](float* dst) { task(dst, src->data(), length * src_rate); }});
     }
     return row;
 }
@@ -76,12 +77,20 @@ Row growth_row(Task task) {
 }  // namespace
 
 Rows growth_rows() {
+    struct GrowthTask {
+        const char* name;
+        Task task;
+        int src_rate;
+    };
     Rows rows;
-    const std::pair<const char*, Task> tasks[] = {
-        {"spectrogram", spectrogram}, {"mel", mel},       {"inverse", inverse},
-        {"resample", resample},       {"filter", filter}, {"filtfilt", filtfilt}};
-    for (const auto& [name, task] : tasks) {
-        rows.push_back({std::string("growth/") + name, [run = task] { return growth_row(run); }});
+    for (const GrowthTask& growth :
+         {GrowthTask{"spectrogram", spectrogram, sample_rate}, GrowthTask{"mel", mel, sample_rate},
+          GrowthTask{"inverse", inverse, sample_rate},
+          GrowthTask{"resample", resample, resampled_rate},
+          GrowthTask{"filter", filter, sample_rate},
+          GrowthTask{"filtfilt", filtfilt, sample_rate}}) {
+        rows.push_back({std::string("growth/") + growth.name,
+                        [=] { return growth_row(growth.task, growth.src_rate); }});
     }
     return rows;
 }
