@@ -33,8 +33,8 @@ std::vector<std::uint32_t> starts_of_parts(const std::vector<FftStage>& stages) 
         std::vector<std::uint32_t> split;
         for (const std::uint32_t start : starts) {
             for (std::size_t r = 0; r < stage.factor; ++r) {
-                const std::size_t residue = stage.factor == fused_twos ? r / 2 + 2 * (r % 2) : r;
-                split.push_back(start + static_cast<std::uint32_t>(residue * stage.blocks));
+                split.push_back(
+                    start + static_cast<std::uint32_t>(input_of(stage.factor, r) * stage.blocks));
             }
         }
         starts = std::move(split);

@@ -4,6 +4,8 @@
 //    inner stages. Lanes are neighbouring residues, which are neighbours in the input; the results
 //    are transposed. Or, if rows are direct transforms of a prime length and too few to fill the
 //    lanes, one row after the other with its outputs as lanes.
+//    If all residues fill one pack at most, the first of the outer stages takes its rows right out
+//    of the lanes: they are in the order of the rows then.
 // 2. The outer stages join rows in place; lanes are neighbouring outputs. Rows stay apart, padded:
 //    closed up, most loads would span two stores that have not reached the cache.
 //    Elements are kept in groups (lane_groups.inl), and so are the twiddles of a stage: all that a
@@ -109,21 +111,81 @@ struct ResidueInput {
     SORVO_INLINE Value operator()(std::size_t i) const { return elements.run(first + i); }
 };
 
+/// An order of lanes: lane i of the result of in_order() is lane order[i] of x.
+#if defined(__AVX512F__)
+
+using LaneOrder = __m512i;
+
+SORVO_INLINE LaneOrder load_order(const std::uint32_t* order) {
+    return _mm512_loadu_si512(order);
+}
+
+SORVO_INLINE Pack in_order(Pack x, LaneOrder order) {
+    return _mm512_permutexvar_ps(order, x);
+}
+
+#elif defined(__AVX2__)
+
+using LaneOrder = __m256i;
+
+SORVO_INLINE LaneOrder load_order(const std::uint32_t* order) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(order));
+}
+
+SORVO_INLINE Pack in_order(Pack x, LaneOrder order) {
+    return _mm256_permutevar8x32_ps(x, order);
+}
+
+#else
+
+using LaneOrder = const std::uint32_t*;
+
+SORVO_INLINE LaneOrder load_order(const std::uint32_t* order) {
+    return order;
+}
+
+SORVO_INLINE Pack in_order(Pack x, LaneOrder order) {
+    return Pack{x[order[0]], x[order[1]], x[order[2]], x[order[3]]};
+}
+
+#endif
+
+SORVO_INLINE Complex in_order(Complex x, LaneOrder order) {
+    return {in_order(x.re, order), in_order(x.im, order)};
+}
+
+/// The input of the transforms of all residues, in the order of their rows.
+template <class T>
+struct RowInput {
+    using Value = T;
+
+    const Elements<T>& elements;
+    LaneOrder order;
+
+    SORVO_INLINE Value operator()(std::size_t i) const { return in_order(elements.run(i), order); }
+};
+
+/// lane_n elements from element k on of four transforms in the lanes: the real (part 0) or
+/// imaginary parts of lane `lane` and the next ones.
+SORVO_INLINE void turn_rows(Pack* rows, const Pack* x, std::size_t k, std::size_t part,
+                            std::size_t lane) {
+    constexpr std::size_t hop = 2 * lane_n;
+    const float* const from = reinterpret_cast<const float*>(x) + k * hop + part * lane_n + lane;
+    for (std::size_t i = 0; i < 4; ++i) {
+        rows[i] = load_columns(from + i * hop, hop);
+    }
+    transpose_quarters(rows[0], rows[1], rows[2], rows[3]);
+}
+
 /// The rows of the residues first, first + 1, ... from their transforms in the lanes.
 [[gnu::noinline]] void transpose_rows(float* rows, const SinglePlanView& single, const Pack* x,
                                       std::size_t first, std::size_t count) {
-    constexpr std::size_t hop = 2 * lane_n;
-    const auto* const values = reinterpret_cast<const float*>(x);
     for (std::size_t k = 0; k < single.part_n; k += lane_n) {
         for (std::size_t lane = 0; lane < lane_n; lane += 4) {
             for (std::size_t part = 0; part < 2; ++part) {
-                const float* const from = values + k * hop + part * lane_n + lane;
                 float* const to = rows + group_offset(k) + part * group_n;
                 Pack packs[4];
-                for (std::size_t i = 0; i < 4; ++i) {
-                    packs[i] = load_columns(from + i * hop, hop);
-                }
-                transpose_quarters(packs[0], packs[1], packs[2], packs[3]);
+                turn_rows(packs, x, k, part, lane);
                 for (std::size_t i = 0; i < 4 && lane + i < count; ++i) {
                     store(to + single.rows[first + lane + i], packs[i]);
                 }
@@ -132,15 +194,28 @@ struct ResidueInput {
     }
 }
 
+void clear_padding(Pack* x, const SinglePlanView& single) {
+    for (std::size_t k = single.part_n; k < single.row_n; ++k) {
+        store(x, k, {Pack{}, Pack{}});
+    }
+}
+
+template <class T>
+void rows_in_lanes(const FftPlanView& plan, const Elements<T>& elements, Pack* work) {
+    const SinglePlanView& single = plan.single;
+    clear_padding(work, single);
+    const RowInput<T> input{elements, load_order(single.lane_residues)};
+    GeneralTransform<RowInput<T>>(plan, work + 2 * single.row_n, input)
+        .run_inner(work, single.outer_n);
+}
+
 template <class T>
 void rows_by_residue(float* rows, const FftPlanView& plan, const Elements<T>& elements,
                      Pack* work) {
     const SinglePlanView& single = plan.single;
     const std::size_t row_count = single.row_count;
     Pack* const scratch = work + 2 * single.row_n;
-    for (std::size_t k = single.part_n; k < single.row_n; ++k) {
-        store(work, k, {Pack{}, Pack{}});
-    }
+    clear_padding(work, single);
     for (std::size_t first = 0; first < row_count; first += lane_n) {
         const ResidueInput<T> input{elements, first};
         GeneralTransform<ResidueInput<T>>(plan, scratch, input).run_inner(work, single.outer_n);
@@ -252,6 +327,8 @@ constexpr std::size_t any_factor = 0;
 /// The outputs of lane_n columns of a stage: put(u, value) of the inputs get(0), get(1), ...
 template <std::size_t factor>
 struct Columns {
+    static constexpr std::size_t fixed_factor = factor;
+
     template <class Get, class Put>
     SORVO_INLINE static void join(std::size_t /*factor*/, RowTwiddles w, Pack* /*scratch*/, Get get,
                                   Put put) {
@@ -276,6 +353,8 @@ SORVO_INLINE Complex plus_product(Complex a, Complex w, Complex b) {
 
 template <>
 struct Columns<fused_twos> {
+    static constexpr std::size_t fixed_factor = fused_twos;
+
     template <class Get, class Put>
     SORVO_INLINE static void join(std::size_t /*factor*/, RowTwiddles w, Pack* /*scratch*/, Get get,
                                   Put put) {
@@ -294,6 +373,8 @@ struct Columns<fused_twos> {
 /// Any factor: `scratch` is room for the inputs.
 template <>
 struct Columns<any_factor> {
+    static constexpr std::size_t fixed_factor = any_factor;
+
     template <class Get, class Put>
     SORVO_INLINE static void join(std::size_t factor, RowTwiddles w, Pack* scratch, Get get,
                                   Put put) {
@@ -334,6 +415,65 @@ SORVO_INLINE void with_columns(std::size_t factor, Body body) {
     }
 }
 
+/// Where a block of a stage has its inputs from, for the columns k and on: get(s) is input s. Here
+/// from rows, where the outputs go too.
+struct StoredInputs {
+    SORVO_INLINE StoredInputs(const Pack* /*lanes*/, const float* x, std::size_t hop,
+                              std::size_t /*block*/, std::size_t /*k*/)
+        : x_(x), hop_(hop) {}
+
+    SORVO_INLINE Complex operator()(std::size_t s) const { return load_group(x_ + s * hop_); }
+
+  private:
+    const float* x_;
+    std::size_t hop_;
+};
+
+/// From the lanes of rows_in_lanes(). What is read behind the last lane is not used.
+template <std::size_t factor>
+struct LaneInputs {
+    SORVO_INLINE LaneInputs(const Pack* lanes, const float* /*x*/, std::size_t /*hop*/,
+                            std::size_t block, std::size_t k) {
+        for (std::size_t part = 0; part < 2; ++part) {
+            for (std::size_t s = 0; s < factor; s += 4) {
+                turn_rows(parts_[part] + s, lanes, k, part, block * factor + s);
+            }
+        }
+    }
+
+    SORVO_INLINE Complex operator()(std::size_t s) const { return {parts_[0][s], parts_[1][s]}; }
+
+  private:
+    Pack parts_[2][(factor + 3) / 4 * 4];
+};
+
+/// A type as a value.
+template <class T>
+struct Type {
+    using type = T;
+};
+
+/// Calls body(Columns<factor>(), Type of its inputs); `lanes` is nullptr where they are rows.
+template <class Body>
+SORVO_INLINE void with_stage(const RowStage& stage, const Pack* lanes, Body body) {
+    with_columns(stage.factor, [&](auto columns) {
+        constexpr std::size_t factor = decltype(columns)::fixed_factor;
+        if constexpr (factor != any_factor) {
+            if (lanes != nullptr) {
+                body(columns, Type<LaneInputs<factor>>());
+                return;
+            }
+        }
+        body(columns, Type<StoredInputs>());
+    });
+}
+
+/// True if the rows can stay in the lanes up to the stage that joins them first.
+bool fit_lanes(const SinglePlanView& single) {
+    const std::size_t factor = single.stages[single.outer_n - 1].factor;
+    return single.powers == nullptr && single.row_count <= lane_n && factor <= 7 && factor != 6;
+}
+
 /// Goes through the columns of a stage, lane_n at a time: body(k, rest, x, w) with the first of
 /// them, how many the row has from there on, where it is in the rows and the twiddles.
 template <class Body>
@@ -351,31 +491,33 @@ SORVO_INLINE void for_columns(float* rows, const SinglePlanView& single, const R
     }
 }
 
-template <class StageColumns>
+template <class StageColumns, class Inputs>
 [[gnu::noinline]] void join_rows(float* rows, const SinglePlanView& single, const RowStage& stage,
-                                 Pack* scratch) {
+                                 const Pack* lanes, Pack* scratch) {
     const std::size_t hop = stage.hop;
-    for_columns(rows, single, stage, [&](std::size_t, std::size_t, float* x, RowTwiddles w) {
+    const auto join_columns = [&](std::size_t k, std::size_t /*rest*/, float* x,
+                                  RowTwiddles w) SORVO_INLINE_BODY {
         for (std::size_t block = 0; block < stage.blocks; ++block) {
-            StageColumns::join(
-                stage.factor, w, scratch, [=](std::size_t s) { return load_group(x + s * hop); },
-                [=](std::size_t u, Complex sum) { store_group(x + u * hop, sum); });
+            const Inputs get(lanes, x, hop, block, k);
+            StageColumns::join(stage.factor, w, scratch, get,
+                               [=](std::size_t u, Complex sum) { store_group(x + u * hop, sum); });
             x += stage.factor * hop;
         }
-    });
+    };
+    for_columns(rows, single, stage, join_columns);
 }
 
 /// The outermost stage. Packs overlap: what the padding of a row leaves is written over by the next
 /// row; only what would reach beyond the rows of an output is cut off.
-template <class StageColumns, class Finish>
+template <class StageColumns, class Inputs, class Finish>
 [[gnu::noinline]] void deliver_rows(float* dst, float* rows, const SinglePlanView& single,
-                                    Pack* scratch, Finish finish) {
+                                    const Pack* lanes, Pack* scratch, Finish finish) {
     const RowStage& stage = single.stages[0];
     const std::size_t sub_n = stage.sub_n;
-    const std::size_t hop = stage.hop;
-    for_columns(rows, single, stage, [&](std::size_t k, std::size_t rest, float* x, RowTwiddles w) {
+    const auto deliver_columns = [&](std::size_t k, std::size_t rest, const float* x,
+                                     RowTwiddles w) SORVO_INLINE_BODY {
         float* const to = dst + 2 * k;
-        const auto get = [=](std::size_t s) { return load_group(x + s * hop); };
+        const Inputs get(lanes, x, stage.hop, 0, k);
         if (k + lane_n <= sub_n) {
             StageColumns::join(stage.factor, w, scratch, get, [=](std::size_t u, Complex sum) {
                 const Complex value = finish(sum);
@@ -388,7 +530,8 @@ template <class StageColumns, class Finish>
                 store_interleaved(to + 2 * u * sub_n, value.re, value.im, count);
             });
         }
-    });
+    };
+    for_columns(rows, single, stage, deliver_columns);
 }
 
 /// All outputs, each as `finish` makes it of its sum.
@@ -408,18 +551,26 @@ SORVO_INLINE void single_general(float* dst, const float* src, const FftPlanView
     float* const rows = work;
     work += 2 * single.row_count * single.row_n;
     auto* const packs = reinterpret_cast<Pack*>(work);
+    const Pack* lanes = nullptr;
     if (single.powers != nullptr) {
         rows_directly(rows, plan, elements, work);
+    } else if (fit_lanes(single)) {
+        rows_in_lanes(plan, elements, packs);
+        lanes = packs;
     } else {
         rows_by_residue(rows, plan, elements, packs);
     }
     for (std::size_t level = single.outer_n - 1; level > 0; --level) {
-        with_columns(single.stages[level].factor, [&](auto columns) {
-            join_rows<decltype(columns)>(rows, single, single.stages[level], packs);
+        const RowStage& stage = single.stages[level];
+        with_stage(stage, lanes, [&](auto columns, auto inputs) {
+            join_rows<decltype(columns), typename decltype(inputs)::type>(rows, single, stage,
+                                                                          lanes, packs);
         });
+        lanes = nullptr;
     }
-    with_columns(single.stages[0].factor, [&](auto columns) {
-        deliver_rows<decltype(columns)>(dst, rows, single, packs, finish);
+    with_stage(single.stages[0], lanes, [&](auto columns, auto inputs) {
+        deliver_rows<decltype(columns), typename decltype(inputs)::type>(dst, rows, single, lanes,
+                                                                         packs, finish);
     });
 }
 

@@ -81,12 +81,6 @@ Split best_split(std::size_t n, const std::vector<FftStage>& stages, std::size_t
     return best;
 }
 
-/// The input of a stage that residue r goes to: two stages in one first join the inputs 0 and 1,
-/// and 2 and 3.
-std::size_t input_of(std::size_t factor, std::size_t residue) {
-    return factor == fused_twos ? residue / 2 + 2 * (residue % 2) : residue;
-}
-
 /// The powers 0, 1, ... p - 2 of the smallest primitive root of the prime p > 2.
 std::vector<std::size_t> primitive_powers(std::size_t p) {
     std::vector<std::size_t> powers;
@@ -152,6 +146,10 @@ void SinglePlan::plan_rows() {
         }
         rows_.push_back(static_cast<std::uint32_t>(row));
     }
+    lane_residues_.resize(widest_lane_n);
+    for (std::size_t residue = 0; residue < row_count_ && row_count_ <= widest_lane_n; ++residue) {
+        lane_residues_[rows_[residue] / (2 * row_n_)] = static_cast<std::uint32_t>(residue);
+    }
 }
 
 void SinglePlan::plan_powers(std::size_t n, const std::vector<float>& table) {
@@ -176,6 +174,7 @@ SinglePlanView SinglePlan::view() const {
             stages_.size(),
             stages_.data(),
             rows_.data(),
+            lane_residues_.data(),
             powers_.empty() ? nullptr : powers_.data(),
             powers_.size() / 2,
             exponents_.data()};

@@ -30,6 +30,9 @@ struct SinglePlanView {
     const RowStage* stages;     ///< these, from the outermost inwards
     const std::uint32_t* rows;  ///< where the row of residue r begins
 
+    /// The residues of widest_lane_n rows in their order, where there are no more of them.
+    const std::uint32_t* lane_residues;
+
     /// Where rows are direct transforms of a prime length with neighbouring outputs as lanes, or
     /// nullptr. Output 0 apart, they are computed in the order of the powers of a primitive root.
     const float* powers;  ///< the roots of unity to these powers, twice over: real, imaginary parts
@@ -69,6 +72,7 @@ class SinglePlan {
     std::vector<RowStage> stages_;
     std::vector<std::vector<float>> twiddles_;
     std::vector<std::uint32_t> rows_;
+    std::vector<std::uint32_t> lane_residues_;
     std::vector<float> powers_;
     std::vector<std::uint32_t> exponents_;
 };

@@ -11,9 +11,11 @@
 
 #if defined(__GNUC__) && !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"  // g++ 12 means its own AVX-512 header
+#pragma GCC diagnostic ignored "-Wuninitialized"
 #endif
 
 #define SORVO_INLINE [[gnu::always_inline]] inline
+#define SORVO_INLINE_BODY __attribute__((always_inline))  // of a lambda
 
 namespace sorvo::audio {
 namespace {
