@@ -36,7 +36,7 @@ function(sorvo_add_kernels name)
     target_sources(sorvo_audio_objects PRIVATE
         ${name}.cpp ${name}_baseline.cpp ${name}_avx2.cpp ${name}_avx512.cpp)
     set_source_files_properties(${name}_avx2.cpp TARGET_DIRECTORY sorvo_audio_objects
-        PROPERTIES COMPILE_OPTIONS "-mavx2")
+        PROPERTIES COMPILE_OPTIONS "-mavx2;-mfma")
     set_source_files_properties(${name}_avx512.cpp TARGET_DIRECTORY sorvo_audio_objects
         PROPERTIES COMPILE_OPTIONS "-mavx512f;-mavx512bw;-mavx512dq;-mavx512vl")
 endfunction()

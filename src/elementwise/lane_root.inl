@@ -19,6 +19,13 @@ struct Root {
     unsigned doubt;
 };
 
+/// The part of the bound within which the root is right: the less, the less exact the remainder is.
+#if defined(__FMA__)
+constexpr float certain = 0.9967F;
+#else
+constexpr float certain = 0.996F;
+#endif
+
 constexpr float underflow = 1e-37F;  // taken off the bound, leaves nothing where x is below 1e-30
 
 #if defined(__AVX512F__)
@@ -28,7 +35,7 @@ SORVO_INLINE Root find_root(Pack x) {
     const __m512 remainder = _mm512_abs_ps(_mm512_fnmadd_ps(s, s, x));
     const __m512 binade = _mm512_and_ps(s, _mm512_castsi512_ps(_mm512_set1_epi32(0x7f800000)));
     const __m512 bound =
-        _mm512_fmadd_ps(s, binade * broadcast(0.9967F * 0x1p-23F), broadcast(-underflow));
+        _mm512_fmadd_ps(s, binade * broadcast(certain * 0x1p-23F), broadcast(-underflow));
     const __m512i bits = _mm512_castps_si512(x);
     const __mmask16 doubt =
         _mm512_mask_cmp_ps_mask(_mm512_test_epi32_mask(bits, bits), remainder, bound, _CMP_NLE_UQ);
@@ -58,14 +65,15 @@ SORVO_INLINE Pack select(Pack value, std::uint32_t mask) {
 SORVO_INLINE Root find_root(Pack x) {
 #if defined(__AVX2__)
     const Pack s = _mm256_sqrt_ps(x);
+    const Pack remainder = _mm256_fnmadd_ps(s, s, x);
 #else
     const Pack s = _mm_sqrt_ps(x);
-#endif
     // `high` is half of the bits of s: its square is exact, and so is the first difference.
     const Pack high = select(s, 0xFFFFF000U);
     const Pack low = s - high;
     const Pack remainder = ((x - high * high) - 2.0F * high * low) - low * low;
-    const Pack bound = s * (select(s, 0x7F800000U) * (0.996F * 0x1p-23F)) - underflow;
+#endif
+    const Pack bound = s * (select(s, 0x7F800000U) * (certain * 0x1p-23F)) - underflow;
     const auto decided = reinterpret_cast<Bits>(select(remainder, 0x7FFFFFFFU) <= bound);
     const auto doubt = ~decided & reinterpret_cast<Bits>(x != Pack{});
     const Bits value = (decided & bits_of(s)) | (doubt & (bits_of(x) | 0x80000000U));

@@ -8,7 +8,7 @@ bool cpu_supports(CpuLevel level) {
             return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
                    __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
         case CpuLevel::avx2:
-            return __builtin_cpu_supports("avx2");
+            return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
         case CpuLevel::baseline:
             break;
     }

@@ -6,6 +6,7 @@
 
 namespace sorvo::audio {
 
+/// baseline is SSE2, avx2 includes FMA, avx512 is F, BW, DQ and VL.
 enum class CpuLevel { baseline, avx2, avx512 };
 
 constexpr std::array<CpuLevel, 3> all_cpu_levels = {CpuLevel::baseline, CpuLevel::avx2,
