@@ -9,10 +9,6 @@
 namespace sorvo::audio {
 namespace {
 
-bool has_stage_kernel(std::size_t factor) {
-    return factor <= 7 && factor != 6;
-}
-
 /// Adds the roots of column k of a stage: output u, input s = 1, 2, ... (input 0 is never
 /// multiplied).
 void add_roots(std::vector<std::size_t>& roots, std::size_t n, std::size_t factor,
@@ -43,6 +39,14 @@ std::vector<std::uint32_t> starts_of_parts(const std::vector<FftStage>& stages) 
 }
 
 }  // namespace
+
+std::size_t input_of(std::size_t factor, std::size_t r) {
+    return factor == fused_twos ? r / 2 + 2 * (r % 2) : r;
+}
+
+bool has_stage_kernel(std::size_t factor) {
+    return factor <= 7 && factor != 6;
+}
 
 std::vector<std::size_t> column_roots(std::size_t n, const FftStage& stage, std::size_t k) {
     std::vector<std::size_t> roots;

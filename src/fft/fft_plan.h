@@ -24,9 +24,10 @@ constexpr std::size_t fused_twos = 4;  // 4 is never a factor by itself
 
 /// The input of a stage that residue r goes to, and the residue that input r has: two stages in one
 /// first join the inputs 0 and 1, and 2 and 3.
-constexpr std::size_t input_of(std::size_t factor, std::size_t r) {
-    return factor == fused_twos ? r / 2 + 2 * (r % 2) : r;
-}
+std::size_t input_of(std::size_t factor, std::size_t r);
+
+/// True for the factors that the kernels know; for others they loop over the inputs of a column.
+bool has_stage_kernel(std::size_t factor);
 
 /// The roots that column k of a stage of a transform of length n multiplies by, in the order of the
 /// arithmetic, as positions in the table of n roots.

@@ -17,7 +17,10 @@
 #pragma once
 
 #include "fft/fft_plan.h"
+#include "fft/lane_columns.inl"
+#include "fft/lane_elements.inl"
 #include "fft/lane_fft_general.inl"
+#include "fft/lane_fft_prime.inl"
 #include "fft/lane_groups.inl"
 #include "fft/lane_moves.inl"
 #include "fft/single_kernels.h"
@@ -25,24 +28,6 @@
 
 namespace sorvo::audio {
 namespace {
-
-SORVO_INLINE Pack load_element(const float* src, const Pack*) {
-    return load(src);
-}
-
-SORVO_INLINE Complex load_element(const float* src, const Complex*) {
-    Complex value;
-    separate(value.re, value.im, load(src), load(src + lane_n));
-    return value;
-}
-
-SORVO_INLINE Pack broadcast_element(const float* src, const Pack*) {
-    return broadcast(src[0]);
-}
-
-SORVO_INLINE Complex broadcast_element(const float* src, const Complex*) {
-    return {broadcast(src[0]), broadcast(src[1])};
-}
 
 /// What becomes of a sum.
 struct Unscaled {
@@ -55,114 +40,6 @@ struct Divided {
     SORVO_INLINE Complex operator()(Complex sum) const {
         return {sum.re / divisor, sum.im / divisor};
     }
-};
-
-/// The input: real (Pack) or complex elements, in memory one after the other.
-template <class T>
-class Elements {
-  public:
-    using Value = T;
-
-    /// `tail` is room for single_tail_n floats: the last elements again, with zeros behind them.
-    Elements(const float* src, std::size_t n, float* tail)
-        : src_(src), tail_(tail), tail_start_(n < lane_n ? 0 : n - lane_n) {
-        for (std::size_t i = 0; i < 2 * float_n; ++i) {
-            store(tail + i * lane_n, Pack{});
-        }
-        if (n >= lane_n) {
-            for (std::size_t i = 0; i < float_n; ++i) {
-                store(tail + i * lane_n, load(src + tail_start_ * float_n + i * lane_n));
-            }
-        } else {
-            for (std::size_t i = 0; i < n * float_n; ++i) {
-                tail[i] = src[i];
-            }
-        }
-    }
-
-    /// The elements i, i + 1, ... in the lanes.
-    SORVO_INLINE Value run(std::size_t i) const {
-        const float* const from =
-            i < tail_start_ ? src_ + i * float_n : tail_ + (i - tail_start_) * float_n;
-        return load_element(from, static_cast<Value*>(nullptr));
-    }
-
-    /// Element i in all lanes.
-    SORVO_INLINE Value at(std::size_t i) const {
-        return broadcast_element(src_ + i * float_n, static_cast<Value*>(nullptr));
-    }
-
-  private:
-    static constexpr std::size_t float_n = is_real(static_cast<T*>(nullptr)) ? 1 : 2;
-
-    const float* src_;
-    const float* tail_;
-    std::size_t tail_start_;
-};
-
-/// The input of the transforms of the residues first, first + 1, ...
-template <class T>
-struct ResidueInput {
-    using Value = T;
-
-    const Elements<T>& elements;
-    std::size_t first;
-
-    SORVO_INLINE Value operator()(std::size_t i) const { return elements.run(first + i); }
-};
-
-/// An order of lanes: lane i of the result of in_order() is lane order[i] of x.
-#if defined(__AVX512F__)
-
-using LaneOrder = __m512i;
-
-SORVO_INLINE LaneOrder load_order(const std::uint32_t* order) {
-    return _mm512_loadu_si512(order);
-}
-
-SORVO_INLINE Pack in_order(Pack x, LaneOrder order) {
-    return _mm512_permutexvar_ps(order, x);
-}
-
-#elif defined(__AVX2__)
-
-using LaneOrder = __m256i;
-
-SORVO_INLINE LaneOrder load_order(const std::uint32_t* order) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(order));
-}
-
-SORVO_INLINE Pack in_order(Pack x, LaneOrder order) {
-    return _mm256_permutevar8x32_ps(x, order);
-}
-
-#else
-
-using LaneOrder = const std::uint32_t*;
-
-SORVO_INLINE LaneOrder load_order(const std::uint32_t* order) {
-    return order;
-}
-
-SORVO_INLINE Pack in_order(Pack x, LaneOrder order) {
-    return Pack{x[order[0]], x[order[1]], x[order[2]], x[order[3]]};
-}
-
-#endif
-
-SORVO_INLINE Complex in_order(Complex x, LaneOrder order) {
-    return {in_order(x.re, order), in_order(x.im, order)};
-}
-
-/// The input of the transforms of all residues, in the order of their rows.
-template <class T>
-struct RowInput {
-    using Value = T;
-
-    const Elements<T>& elements;
-    LaneOrder order;
-
-    SORVO_INLINE Value operator()(std::size_t i) const { return in_order(elements.run(i), order); }
 };
 
 /// lane_n elements from element k on of four transforms in the lanes: the real (part 0) or
@@ -223,82 +100,6 @@ void rows_by_residue(float* rows, const FftPlanView& plan, const Elements<T>& el
     }
 }
 
-/// pack_n packs of outputs of a direct transform of prime length, from the power `first` on;
-/// returns output 0. Input j = g^b adds to output g^a the product with the root to the power a + b.
-template <std::size_t pack_n, class T, class Input>
-SORVO_INLINE Complex sum_powers(Complex* sums, const SinglePlanView& single, std::size_t first,
-                                Input input) {
-    const float* const re = single.powers + first;
-    const float* const im = re + single.power_n;
-    Complex zeroth = first_term(input(0));
-    for (std::size_t i = 0; i < pack_n; ++i) {
-        sums[i] = zeroth;
-    }
-    for (std::size_t j = 1; j < single.part_n; ++j) {
-        const T x = input(j);
-        const std::size_t b = single.exponents[j - 1];
-        for (std::size_t i = 0; i < pack_n; ++i) {
-            add_product(sums[i], Complex{load(re + b + i * lane_n), load(im + b + i * lane_n)}, x);
-        }
-        add(zeroth, x);
-    }
-    return zeroth;
-}
-
-template <std::size_t pack_n, class T, class Input, class Finish>
-[[gnu::noinline]] Complex store_powers(float* dst, const SinglePlanView& single, std::size_t first,
-                                       Input input, Finish finish) {
-    Complex sums[pack_n];
-    const Complex zeroth = sum_powers<pack_n, T>(sums, single, first, input);
-    for (std::size_t i = 0; i < pack_n; ++i) {
-        const Complex value = finish(sums[i]);
-        store_interleaved(dst + 2 * (first + i * lane_n), value.re, value.im);
-    }
-    return finish(zeroth);
-}
-
-/// The direct transform of the elements first, first + step, ...; put(k, value) takes output k as
-/// two floats. Each group of packs brings output 0 along.
-template <class T, class Finish, class Put>
-void direct_transform(const SinglePlanView& single, const Elements<T>& elements, std::size_t first,
-                      std::size_t step, float* work, Finish finish, Put put) {
-    const auto input = [&](std::size_t j) { return elements.at(first + j * step); };
-    const std::size_t pack_n = (single.part_n - 1 + lane_n - 1) / lane_n;
-    constexpr std::size_t largest_group = 6;
-    const std::size_t group_count = (pack_n + largest_group - 1) / largest_group;
-    Complex zeroth{};
-    std::size_t done = 0;
-    for (std::size_t group = 0; group < group_count; ++group) {
-        const std::size_t next = pack_n * (group + 1) / group_count;
-        const std::size_t from = done * lane_n;
-        switch (next - done) {
-            case 1:
-                zeroth = store_powers<1, T>(work, single, from, input, finish);
-                break;
-            case 2:
-                zeroth = store_powers<2, T>(work, single, from, input, finish);
-                break;
-            case 3:
-                zeroth = store_powers<3, T>(work, single, from, input, finish);
-                break;
-            case 4:
-                zeroth = store_powers<4, T>(work, single, from, input, finish);
-                break;
-            case 5:
-                zeroth = store_powers<5, T>(work, single, from, input, finish);
-                break;
-            default:
-                zeroth = store_powers<largest_group, T>(work, single, from, input, finish);
-        }
-        done = next;
-    }
-    const float output0[2] = {zeroth.re[0], zeroth.im[0]};
-    put(0, output0);
-    for (std::size_t k = 1; k < single.part_n; ++k) {
-        put(k, work + std::size_t{2} * single.exponents[k - 1]);
-    }
-}
-
 template <class T>
 void rows_directly(float* rows, const FftPlanView& plan, const Elements<T>& elements, float* work) {
     const std::size_t row_count = plan.single.row_count;
@@ -310,108 +111,6 @@ void rows_directly(float* rows, const FftPlanView& plan, const Elements<T>& elem
                              to[0] = value[0];
                              to[group_n] = value[1];
                          });
-    }
-}
-
-/// Twiddles of lane_n columns, in the order of the arithmetic.
-struct RowTwiddles {
-    const float* at;
-
-    SORVO_INLINE Complex operator[](std::size_t i) const {
-        return load_group(at + 2 * i * group_n);
-    }
-};
-
-constexpr std::size_t any_factor = 0;
-
-/// The outputs of lane_n columns of a stage: put(u, value) of the inputs get(0), get(1), ...
-template <std::size_t factor>
-struct Columns {
-    static constexpr std::size_t fixed_factor = factor;
-
-    template <class Get, class Put>
-    SORVO_INLINE static void join(std::size_t /*factor*/, RowTwiddles w, Pack* /*scratch*/, Get get,
-                                  Put put) {
-        Complex y[factor];
-        for (std::size_t s = 0; s < factor; ++s) {
-            y[s] = get(s);
-        }
-        for (std::size_t u = 0; u < factor; ++u) {
-            Complex sum = y[0];
-            for (std::size_t s = 1; s < factor; ++s) {
-                add_product(sum, w[u * (factor - 1) + s - 1], y[s]);
-            }
-            put(u, sum);
-        }
-    }
-};
-
-SORVO_INLINE Complex plus_product(Complex a, Complex w, Complex b) {
-    add_product(a, w, b);
-    return a;
-}
-
-template <>
-struct Columns<fused_twos> {
-    static constexpr std::size_t fixed_factor = fused_twos;
-
-    template <class Get, class Put>
-    SORVO_INLINE static void join(std::size_t /*factor*/, RowTwiddles w, Pack* /*scratch*/, Get get,
-                                  Put put) {
-        const Complex y[4] = {get(0), get(1), get(2), get(3)};
-        const Complex a = plus_product(y[0], w[0], y[1]);
-        const Complex b = plus_product(y[2], w[0], y[3]);
-        put(0, plus_product(a, w[2], b));
-        put(2, plus_product(a, w[3], b));
-        const Complex c = plus_product(y[0], w[1], y[1]);
-        const Complex d = plus_product(y[2], w[1], y[3]);
-        put(1, plus_product(c, w[4], d));
-        put(3, plus_product(c, w[5], d));
-    }
-};
-
-/// Any factor: `scratch` is room for the inputs.
-template <>
-struct Columns<any_factor> {
-    static constexpr std::size_t fixed_factor = any_factor;
-
-    template <class Get, class Put>
-    SORVO_INLINE static void join(std::size_t factor, RowTwiddles w, Pack* scratch, Get get,
-                                  Put put) {
-        for (std::size_t s = 0; s < factor; ++s) {
-            store(scratch, s, get(s));
-        }
-        for (std::size_t u = 0; u < factor; ++u) {
-            Complex sum = load(scratch, 0);
-            for (std::size_t s = 1; s < factor; ++s) {
-                add_product(sum, w[u * (factor - 1) + s - 1], load(scratch, s));
-            }
-            put(u, sum);
-        }
-    }
-};
-
-/// Calls body(Columns<factor>()).
-template <class Body>
-SORVO_INLINE void with_columns(std::size_t factor, Body body) {
-    switch (factor) {
-        case 2:
-            body(Columns<2>());
-            break;
-        case 3:
-            body(Columns<3>());
-            break;
-        case fused_twos:
-            body(Columns<fused_twos>());
-            break;
-        case 5:
-            body(Columns<5>());
-            break;
-        case 7:
-            body(Columns<7>());
-            break;
-        default:
-            body(Columns<any_factor>());
     }
 }
 
@@ -466,12 +165,6 @@ SORVO_INLINE void with_stage(const RowStage& stage, const Pack* lanes, Body body
         }
         body(columns, Type<StoredInputs>());
     });
-}
-
-/// True if the rows can stay in the lanes up to the stage that joins them first.
-bool fit_lanes(const SinglePlanView& single) {
-    const std::size_t factor = single.stages[single.outer_n - 1].factor;
-    return single.powers == nullptr && single.row_count <= lane_n && factor <= 7 && factor != 6;
 }
 
 /// Goes through the columns of a stage, lane_n at a time: body(k, rest, x, w) with the first of
@@ -554,7 +247,7 @@ SORVO_INLINE void single_general(float* dst, const float* src, const FftPlanView
     const Pack* lanes = nullptr;
     if (single.powers != nullptr) {
         rows_directly(rows, plan, elements, work);
-    } else if (fit_lanes(single)) {
+    } else if (single.lane_residues != nullptr && single.row_count <= lane_n) {
         rows_in_lanes(plan, elements, packs);
         lanes = packs;
     } else {

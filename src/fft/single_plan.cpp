@@ -146,8 +146,11 @@ void SinglePlan::plan_rows() {
         }
         rows_.push_back(static_cast<std::uint32_t>(row));
     }
+    if (row_count_ > widest_lane_n || stages_.empty() || !has_stage_kernel(stages_.back().factor)) {
+        return;
+    }
     lane_residues_.resize(widest_lane_n);
-    for (std::size_t residue = 0; residue < row_count_ && row_count_ <= widest_lane_n; ++residue) {
+    for (std::size_t residue = 0; residue < row_count_; ++residue) {
         lane_residues_[rows_[residue] / (2 * row_n_)] = static_cast<std::uint32_t>(residue);
     }
 }
@@ -174,7 +177,7 @@ SinglePlanView SinglePlan::view() const {
             stages_.size(),
             stages_.data(),
             rows_.data(),
-            lane_residues_.data(),
+            lane_residues_.empty() ? nullptr : lane_residues_.data(),
             powers_.empty() ? nullptr : powers_.data(),
             powers_.size() / 2,
             exponents_.data()};

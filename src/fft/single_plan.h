@@ -30,7 +30,8 @@ struct SinglePlanView {
     const RowStage* stages;     ///< these, from the outermost inwards
     const std::uint32_t* rows;  ///< where the row of residue r begins
 
-    /// The residues of widest_lane_n rows in their order, where there are no more of them.
+    /// The residues of the rows in their order, filled up to widest_lane_n, or nullptr where there
+    /// are more rows or the stage that joins them first has no kernel.
     const std::uint32_t* lane_residues;
 
     /// Where rows are direct transforms of a prime length with neighbouring outputs as lanes, or
