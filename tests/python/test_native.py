@@ -51,7 +51,7 @@ class Native(unittest.TestCase):
                 native.check(status)
 
     def test_interpreter_lock_is_free_during_a_call(self):
-        n = 15013  # prime, so the transform takes n^2 steps
+        n = 40009  # prime, so the transform takes n^2 steps
         x, spectrum = np.zeros(n, np.float32), np.empty(2 * n, np.float32)
         ticks, stop = [0], threading.Event()
 
@@ -59,14 +59,18 @@ class Native(unittest.TestCase):
             while not stop.wait(0.001):
                 ticks[0] += 1
 
+        def ticks_of_a_call():
+            before = ticks[0]
+            native.sorvoAudioFFT(spectrum, x, n)
+            return ticks[0] - before
+
         clock = threading.Thread(target=tick)
         clock.start()
-        before = ticks[0]
-        native.sorvoAudioFFT(spectrum, x, n)
-        during = ticks[0] - before
-        stop.set()
-        clock.join()
-        self.assertGreater(during, 5)  # with the lock held, one tick at each end at most
+        try:  # With the lock held it is one tick at each end at most; a busy machine may spare few.
+            self.assertTrue(any(ticks_of_a_call() > 5 for _ in range(20)))
+        finally:
+            stop.set()
+            clock.join()
 
     def test_refuses(self):
         x = np.zeros(8, np.float32)
