@@ -61,15 +61,28 @@ void filtfilt(float* dst, const float* src, int sample_n) {
                            SORVO_AUDIO_PAD_ODD, 9);
 }
 
-Row growth_row(Task task, int src_rate) {
+struct GrowthTask {
+    const char* name;
+    Task run;
+    int src_rate;
+};
+
+constexpr GrowthTask tasks[] = {
+    {"spectrogram", spectrogram, sample_rate}, {"mel", mel, sample_rate},
+    {"inverse", inverse, sample_rate},         {"resample", resample, resampled_rate},
+    {"filter", filter, sample_rate},           {"filtfilt", filtfilt, sample_rate}};
+
+Row growth_row(const GrowthTask& task) {
     // A spectrogram has 2 freq_n / hop_n = 2.5 values for each sample.
     constexpr double longest = 600.0;
+    static_assert(resampled_rate <= 3 * sample_rate);
     const auto src =
         std::make_shared<const std::vector<float>>(make_signal(sample_rate, 3.0 * longest));
     Row row{src->size(), 0.0, {}};
     for (const int length : lengths) {
-        row.variants.push_back({std::to_string(length) + "s",
-                                [=](float* dst) { task(dst, src->data(), length * src_rate); }});
+        row.variants.push_back({std::to_string(length) + "s", [=](float* dst) {
+                                    task.run(dst, src->data(), length * task.src_rate);
+                                }});
     }
     return row;
 }
@@ -77,20 +90,9 @@ Row growth_row(Task task, int src_rate) {
 }  // namespace
 
 Rows growth_rows() {
-    struct GrowthTask {
-        const char* name;
-        Task task;
-        int src_rate;
-    };
     Rows rows;
-    for (const GrowthTask& growth :
-         {GrowthTask{"spectrogram", spectrogram, sample_rate}, GrowthTask{"mel", mel, sample_rate},
-          GrowthTask{"inverse", inverse, sample_rate},
-          GrowthTask{"resample", resample, resampled_rate},
-          GrowthTask{"filter", filter, sample_rate},
-          GrowthTask{"filtfilt", filtfilt, sample_rate}}) {
-        rows.push_back({std::string("growth/") + growth.name,
-                        [=] { return growth_row(growth.task, growth.src_rate); }});
+    for (const GrowthTask& task : tasks) {
+        rows.push_back({std::string("growth/") + task.name, [&] { return growth_row(task); }});
     }
     return rows;
 }

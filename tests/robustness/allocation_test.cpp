@@ -162,7 +162,8 @@ TEST(AllocationFailure, LeavesASignalFilteredInPlaceAndItsState) {
             const auto call = [&] {
                 return both_ways
                            ? sorvoAudioFilterFilter(signal.data(), signal.data(), b.data(),
-                                                    a.data(), n, n, coef_n, coef_n, 1, 99)
+                                                    a.data(), n, n, coef_n, coef_n,
+                                                    SORVO_AUDIO_PAD_ODD, 99)
                            : sorvoAudioLinerFilter(signal.data(), signal.data(), b.data(), a.data(),
                                                    state.data(), n, n, coef_n, coef_n, coef_n - 1);
             };
