@@ -73,8 +73,10 @@ TABLES = {
         ("TacotronSTFT().mel_spectrogram(y)", "presets.tacotron2.features(y)", "tacotron2(y)"),
         ("mel_spectrogram(y, 1024, 80, 22050, 256, 1024, 0, 8000) of HiFi-GAN",
          "presets.hifigan.features(y)", "hifigan(y)"),
-        ("torchaudio.functional.amplitude_to_DB(P, 10, 1e-10, torch.log10(P.max()), 80.0)", "power_to_db(P)"),
-        ("librosa.power_to_db(P, ref=numpy.max)", "power_to_db(P)", "decibels(P)"),
+        ("torchaudio.functional.amplitude_to_DB(P, 10, 1e-10, torch.log10(P.max()), 80.0)", 'power_to_db(P, ref="max")'),
+        ("librosa.power_to_db(P)", "power_to_db(P)", "decibels(P)"),
+        ("librosa.power_to_db(P, ref=numpy.max, amin=1e-6)", "power_to_db(P, ref=numpy.max, amin=1e-6)",
+         "decibels(P, numpy.max, 1e-6)"),
     ],
     "Filters": [
         ("scipy.signal.lfilter(b, a, y)", "lfilter(b, a, y)"),
@@ -108,11 +110,10 @@ def names():
     inputs = {"y": y, "b": np.float32(b), "a": np.float32(a), "zi": np.float32([0.1, -0.2, 0.3, 0.1]),
               "Y": np.fft.fft(y).astype(np.complex64), "S": sorvo_audio.stft(y, n_fft=400, hop_length=160),
               "P": sorvo_audio.melspectrogram(y, sr=16000, n_fft=400, n_mels=80)}
-    ours = {"n": len(y), **inputs, **vars(sorvo_audio)}
+    ours = {"n": len(y), "numpy": np, **inputs, **vars(sorvo_audio)}
     double = {name: value.astype(complex if np.iscomplexobj(value) else float)
               for name, value in inputs.items()}
-    double.update(vars(references), numpy=np, scipy=scipy, decibels=lambda P: np.maximum(
-        10 * np.log10(np.maximum(P, 1e-10)) - 10 * np.log10(P.max()), -80))
+    double.update(vars(references), numpy=np, scipy=scipy)
     tensors = None
     if torch:
         tensors = {name: torch.from_numpy(value) for name, value in inputs.items()}

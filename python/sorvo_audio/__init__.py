@@ -3,6 +3,7 @@
 Signals are [..., samples], spectrograms [..., bins, frames]; leading dimensions are batch dimensions.
 """
 from . import native, presets
+from ._warnings import SorvoAudioWarning
 from .filters import filtfilt, lfilter, lfilter_zi, resample
 from .measures import log1p, power_to_db, standardize, trim
 from .spectra import (fft, frame_count, get_window, ifft, istft, magphase, mel_filterbank,
@@ -15,5 +16,5 @@ __all__ = [
     "fft", "ifft", "stft", "istft", "melspectrogram", "mel_filterbank", "magphase", "frame_count",
     "get_window", "lfilter", "lfilter_zi", "filtfilt", "resample", "power_to_db", "log1p", "standardize",
     "trim", "StftStream", "MelStream", "ResampleStream", "FilterStream",
-    "presets", "native"
+    "presets", "native", "SorvoAudioWarning"
 ]

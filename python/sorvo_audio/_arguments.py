@@ -64,6 +64,18 @@ def real(name: str, value: Any, minimum_ndim: int = 1, minimum_n: int = 1) -> Fl
     return _shaped(name, array, minimum_ndim, np.float32, minimum_n)
 
 
+def long_enough(name: str, array: Floats, frame_name: str, frame_n: int) -> None:
+    """Refuses a signal that is shorter than a frame, as there would be no result."""
+    n = array.shape[-1]
+    if n < frame_n:
+        raise ValueError(f"{name} has {n} samples; it must have at least {frame_name} = {frame_n}. Zeros at the "
+                         f"end make it a frame long: numpy.pad({name}, {_pad_width(array.ndim, frame_n - n)})")
+
+
+def _pad_width(ndim: int, n: int) -> str:
+    return f"(0, {n})" if ndim == 1 else "[" + "(0, 0), " * (ndim - 1) + f"(0, {n})]"
+
+
 def complex_(name: str, value: Any, minimum_ndim: int = 1) -> Complexes:
     """An array of complex numbers as complex64 in C order; not copied if it is that already."""
     array = np.asarray(value)

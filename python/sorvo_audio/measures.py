@@ -3,14 +3,14 @@ from __future__ import annotations
 
 import ctypes
 import math
-import warnings
 from collections.abc import Callable, Sequence
-from typing import Any
+from typing import Any, Literal
 
 import numpy as np
 
 from . import native
-from ._arguments import Floats, apply, count, number, real
+from ._arguments import Floats, apply, count, long_enough, number, real
+from ._warnings import warn
 
 
 def _items(function: Callable[[Any, Any, int], int], name: str, value: Any,
@@ -32,21 +32,41 @@ def _items(function: Callable[[Any, Any, int], int], name: str, value: Any,
     return x, apply(lambda dst, src: function(dst, src, n), x, item_ndim, shape)
 
 
-def power_to_db(S: Any, *, ref: Any = np.max, top_db: float | None = 80.0,
+def power_to_db(S: Any, *, ref: float | Literal["max"] | Callable[[Floats], Any] = 1.0,
+                amin: float = 1e-10, top_db: float | None = 80.0,
                 axis: int | Sequence[int] | None = None) -> Floats:
-    """Powers in decibels relative to their maximum, with a floor.
+    """Powers in decibels relative to a reference, with a floor.
 
-    S [...] -> [...]: 10 log10(max(S, 1e-10)) - 10 log10(max(maximum, 1e-10)), and not below -top_db
+    S [...] -> [...]: 10 log10(max(S, amin)) - 10 log10(max(ref, amin)), and not below the maximum of that
+    less top_db
 
-    ref     numpy.max; no other reference exists
+    ref     a power, "max", or a function that makes one of an array, such as numpy.max
+    amin    the least power; NaN counts as this
     top_db  dynamic range to keep; None keeps all
-    axis    over which the maximum is taken: None all of S; (-2, -1) each spectrogram of a batch
+    axis    over which maximum and reference are taken: None all of S; (-2, -1) each spectrogram of a batch
     """
-    if ref is not np.max and ref != "max":
-        raise ValueError(f"ref is {ref!r}; it must be numpy.max. Decibels relative to 1: add "
-                         "10 * numpy.log10(max(S.max(), 1e-10))")
-    floor = -1.0 if top_db is None else number("top_db", top_db, minimum=0.0)
-    return _items(lambda dst, src, n: native.sorvoAudioConvertPowerToDB(dst, src, n, floor), "S", S, axis)[1]
+    if isinstance(ref, str) and ref != "max":
+        raise ValueError(f'ref is {ref!r}; it must be a number, "max" or a function')
+    amin = number("amin", amin, minimum=float(np.finfo(np.float32).tiny))
+    dynamic_range = None if top_db is None else np.float32(number("top_db", top_db, minimum=0.0))
+    # The library's least power is 1e-10: what shall be less is scaled up by a power of two, which is exact.
+    scale = np.float32(2.0 ** max(0, math.ceil(math.log2(1e-10 / amin))))
+
+    def decibels(dst: Any, src: Any, n: int) -> int:
+        value = np.max(src) if isinstance(ref, str) else ref(src) if callable(ref) else ref
+        powers = np.fmax(np.append(src, np.float32(abs(number("ref", value)))), np.float32(amin))
+        if scale > 1 and powers.max() > np.finfo(np.float32).max / scale:
+            raise ValueError(f"amin is {amin:g}; beside powers up to {powers.max():g} it must be a number not "
+                             f"less than {6e-49 * float(powers.max()):.1g}")
+        powers *= scale
+        # The library's reference is the maximum; the difference to the last value is relative to ref.
+        status = native.sorvoAudioConvertPowerToDB(powers, powers, n + 1, -1.0)
+        np.subtract(powers[:-1], powers[-1], out=dst)
+        if dynamic_range is not None:
+            np.maximum(dst, dst.max() - dynamic_range, out=dst)
+        return status
+
+    return _items(decibels, "S", S, axis)[1]
 
 
 def log1p(x: Any) -> Floats:
@@ -65,36 +85,35 @@ def standardize(x: Any, *, axis: int | Sequence[int] | None = None) -> Floats:
     axis  what is one population: None all of x; -1 each row; (-2, -1) each spectrogram of a batch
 
     Sums are kept in float32. Where the variance comes out negative by rounding (a large mean beside a small
-    variance), all values of that population are NaN, and a RuntimeWarning says so.
+    variance), all values of that population are NaN, and a warning says so.
     """
     x, result = _items(native.sorvoAudioStandardize, "x", x, axis)
     over = axis if axis is None or isinstance(axis, int) else tuple(axis)
     lost = np.isnan(result) & np.isfinite(x).all(over, keepdims=True)
     if lost.any():
-        warnings.warn(
-            f"standardize: {np.count_nonzero(lost)} of {x.size} values are NaN: the mean is so large beside "
-            "the variance that rounding made the variance negative. Subtract the mean first: x - x.mean()",
-            RuntimeWarning, stacklevel=2)
+        warn(f"standardize: {np.count_nonzero(lost)} of {x.size} values are NaN: the mean is so large beside "
+             "the variance that rounding made the variance negative. Subtract the mean first: x - x.mean()")
     return result
 
 
 def trim(y: Any, *, top_db: float = 60.0, frame_length: int = 2048,
          hop_length: int = 512) -> tuple[Floats, np.ndarray[Any, np.dtype[np.int64]]]:
-    """Cuts silence off both ends.
+    """Cuts silence off both ends; frames at the ends are reflected (librosa: zeros).
 
     y [samples] -> the span [n], its first and end position [2]
 
     top_db  frames whose mean square is less than this below that of the loudest frame are kept, with all
-            between the first and the last of them. With 0, or for fewer samples than frame_length, the span
-            is empty.
+            between the first and the last of them. With 0, the span is empty.
     """
     y = real("y", y)
     if y.ndim != 1:
         raise ValueError(f"y has shape {y.shape}; it must be one signal [samples], since spans differ "
                          "in length")
+    frame_n = count("frame_length", frame_length)
+    long_enough("y", y, "frame_length", frame_n)
     pos, length = ctypes.c_int(), ctypes.c_int()
     native.check(native.sorvoAudioGetNonSilentPos(
-        pos, length, y, y.shape[-1], count("frame_length", frame_length), count("hop_length", hop_length),
+        pos, length, y, y.shape[-1], frame_n, count("hop_length", hop_length),
         number("top_db", top_db, minimum=0.0)))
     start = max(pos.value, 0)
     return y[start:start + length.value], np.array([start, start + length.value])

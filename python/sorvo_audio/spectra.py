@@ -13,7 +13,7 @@ import numpy as np
 import numpy.typing as npt
 
 from . import native
-from ._arguments import Complexes, Floats, apply, choice, complex_, count, number, real
+from ._arguments import Complexes, Floats, apply, choice, complex_, count, long_enough, number, real
 from ._framing import WINDOWS, Framing, MelBands
 
 
@@ -75,19 +75,16 @@ def stft(y: Any, *, n_fft: int = 2048, hop_length: int | None = None, win_length
     power       exponent of the magnitude: 1 magnitudes, 2 powers; None: complex numbers
     norm        None, "window" (divide by the root of the window's energy), "length" (times 2 / n_fft)
 
-    A signal shorter than n_fft has no frames.
+    A signal shorter than n_fft is refused: it has no frames.
     """
     y = real("y", y)
     framing = Framing.of(n_fft, hop_length, win_length, window, center, pad_mode, power, norm)
+    long_enough("y", y, "n_fft", framing.fft_n)
     sample_n = y.shape[-1]
     frame_n = framing.frame_count(sample_n)
-    shape = (framing.freq_n, frame_n)
-    if frame_n == 0:
-        result = np.zeros((*y.shape[:-1], *shape), np.complex64)
-    else:
-        result = apply(
-            lambda dst, src: framing.spectrogram(dst, src, sample_n, frame_n, framing.center),
-            y, 1, shape, np.complex64)
+    result = apply(
+        lambda dst, src: framing.spectrogram(dst, src, sample_n, frame_n, framing.center),
+        y, 1, (framing.freq_n, frame_n), np.complex64)
     return result if power is None else np.ascontiguousarray(result.real)
 
 
@@ -115,8 +112,9 @@ def istft(stft_matrix: Any, *, hop_length: int | None = None, win_length: int | 
         sample_n = result.value
     else:
         sample_n = count("length", length)
-    if sample_n == 0:  # one centred frame
-        return np.zeros((*stft_matrix.shape[:-2], 0), np.float32)
+    if sample_n == 0:
+        raise ValueError("stft_matrix has 1 frame, and length is None; a centred frame alone stands for no "
+                         f"samples: give length, {framing.fft_n // 2} for those behind its middle")
     return apply(
         lambda dst, src: native.sorvoAudioGetInverseSpectrogram(
             dst, src, frame_n, freq_n, framing.hop_n, framing.win_n, framing.win_type, sample_n,
@@ -162,10 +160,9 @@ def melspectrogram(y: Any, *, sr: int, n_fft: int = 2048, hop_length: int | None
     framing = Framing.of(n_fft, hop_length, win_length, window, center, pad_mode,
                          number("power", power, above=0.0), fft_norm, "fft_norm")
     bands = MelBands.of(sr, framing.fft_n, n_mels, fmin, fmax, htk, norm)
+    long_enough("y", y, "n_fft", framing.fft_n)
     sample_n = y.shape[-1]
     frame_n = framing.frame_count(sample_n)
-    if frame_n == 0:
-        return np.zeros((*y.shape[:-1], bands.mel_n, 0), np.float32)
     return apply(
         lambda dst, src: bands.spectrogram(dst, src, sample_n, framing, frame_n, framing.center),
         y, 1, (bands.mel_n, frame_n))

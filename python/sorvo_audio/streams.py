@@ -15,7 +15,7 @@ import numpy as np
 import numpy.typing as npt
 
 from . import native
-from ._arguments import Floats, apply, coefficients, count, number, real
+from ._arguments import Floats, apply, coefficients, count, long_enough, number, real
 from ._framing import Framing, MelBands
 from .filters import lfilter, resample_count
 
@@ -97,8 +97,11 @@ class _FrameStream:
         return result
 
     def flush(self) -> npt.NDArray[Any]:
-        sample_n = self._signal.sample_n
-        result = self._frames(self._framing.frame_count(sample_n) if sample_n else 0)
+        signal = self._signal
+        if 0 < signal.sample_n < self._framing.fft_n:
+            self._begin()
+            long_enough("signal", signal.part(0, signal.sample_n), "n_fft", self._framing.fft_n)
+        result = self._frames(self._framing.frame_count(signal.sample_n) if signal.sample_n else 0)
         self._begin()
         return result
 

@@ -32,6 +32,14 @@ def mel_bank(sr, n_fft, n_mels, fmax=None, htk=False, norm="slaney"):
     return weights * 2 / (corners[2:] - corners[:-2]) if norm == "slaney" else weights
 
 
+def decibels(S, ref=1.0, amin=1e-10, top_db=80.0):
+    """librosa's power_to_db."""
+    S = np.float64(S)
+    reference = ref(S) if callable(ref) else abs(ref)
+    result = 10 * np.log10(np.maximum(amin, S)) - 10 * np.log10(np.maximum(amin, reference))
+    return result if top_db is None else np.maximum(result, result.max() - top_db)
+
+
 def whisper(y, n_mels):
     mel = mel_bank(16000, 400, n_mels) @ np.abs(spectra(y, 400, 160)[:, :-1]) ** 2
     decades = np.log10(np.maximum(mel, 1e-10))

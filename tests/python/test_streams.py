@@ -34,7 +34,9 @@ class Streams(unittest.TestCase):
         pick, between = self.rng.choice, self.rng.integers
         for _ in range(300):
             x = self.signal()
-            framing = dict(n_fft=between(2, 100), hop_length=between(1, 150), win_length=between(1, 120),
+            x = np.concatenate([x, x], axis=-1)  # no shorter than the shortest frame
+            framing = dict(n_fft=between(2, min(100, x.shape[-1] + 1)), hop_length=between(1, 150),
+                           win_length=between(1, 120),
                            window=pick(["hann", "hamming"]), center=bool(between(4)),
                            pad_mode=pick(["reflect", "constant"]))
             options = dict(framing, power=pick([None, 1.0, 2.0]), norm=pick([None, "window", "length"]))
@@ -97,6 +99,9 @@ class Streams(unittest.TestCase):
             stream.push(np.zeros((3, 100), np.float32))
         with self.assertRaisesRegex(TypeError, "block has dtype int16"):
             stream.push(np.zeros((2, 100), np.int16))
+        with self.assertRaisesRegex(ValueError, "signal has 100 samples; .* n_fft = 2048"):
+            stream.flush()
+        self.assertEqual(stream.flush().shape, (128, 0))  # of no signal
         with self.assertRaisesRegex(ValueError, "hop_length is 0"):
             StftStream(hop_length=0)
 
