@@ -68,6 +68,8 @@ TABLES = {
          "mel_bank(22050, 2048, 128)"),
         ("torchaudio.transforms.MelSpectrogram()(y)", "presets.torchaudio.features(y)"),
         ("librosa.feature.melspectrogram(y=y, sr=22050)", "presets.librosa.features(y)", "librosa_mel(y)"),
+        ("librosa.feature.melspectrogram(S=numpy.abs(S), sr=16000, n_mels=40)",
+         "melspectrogram(S=numpy.abs(S), sr=16000, n_mels=40)", "mel_bank(16000, 400, 40) @ numpy.abs(S)"),
         ("whisper.log_mel_spectrogram(y)", "presets.whisper.features(y)", "whisper(y, 80)"),
         ("whisper.log_mel_spectrogram(y, n_mels=128)", "presets.whisper_128.features(y)", "whisper(y, 128)"),
         ("TacotronSTFT().mel_spectrogram(y)", "presets.tacotron2.features(y)", "tacotron2(y)"),

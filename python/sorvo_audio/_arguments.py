@@ -10,9 +10,7 @@ import numpy as np
 import numpy.typing as npt
 
 from . import native
-
-Floats = npt.NDArray[np.float32]
-Complexes = npt.NDArray[np.complex64]
+from ._types import Complexes, Floats
 
 Value = TypeVar("Value")
 

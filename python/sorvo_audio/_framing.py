@@ -3,10 +3,15 @@ from __future__ import annotations
 
 import ctypes
 from dataclasses import dataclass
+from functools import lru_cache
 from typing import Any
+
+import numpy as np
 
 from . import native
 from ._arguments import choice, count, number
+from ._types import Center, Floats, MelNorm, PadMode, SpectrumNorm, Window
+from ._warnings import warn
 
 WINDOWS = {"hann": native.WINDOW_HANN, "hamming": native.WINDOW_HAMMING}
 NORMS = {None: native.NORM_NONE, "window": native.NORM_WINDOW, "length": native.NORM_LENGTH}
@@ -26,8 +31,8 @@ class Framing:
     norm_type: int
 
     @classmethod
-    def of(cls, n_fft: int, hop_length: int | None, win_length: int | None, window: str, center: bool,
-           pad_mode: str, power: float | None, norm: str | None, norm_name: str = "norm") -> Framing:
+    def of(cls, n_fft: int, hop_length: int | None, win_length: int | None, window: Window, center: Center,
+           pad_mode: PadMode, power: float | None, norm: SpectrumNorm, norm_name: str = "norm") -> Framing:
         fft_n = count("n_fft", n_fft)
         mode = choice("pad_mode", pad_mode, CENTERS)
         win_n = fft_n if win_length is None else count("win_length", win_length)
@@ -36,7 +41,7 @@ class Framing:
             hop_n=max(1, win_n // 4) if hop_length is None else count("hop_length", hop_length),
             win_n=win_n,
             win_type=choice("window", window, WINDOWS),
-            center=mode if center else native.CENTER_NONE,
+            center=choice("center", center, {True: mode, False: native.CENTER_NONE}),
             power=0.0 if power is None else number("power", power, above=0.0),
             norm_type=choice(norm_name, norm, NORMS))
 
@@ -71,7 +76,7 @@ class MelBands:
 
     @classmethod
     def of(cls, sr: int, fft_n: int, n_mels: int, fmin: float, fmax: float | None, htk: bool,
-           norm: str | None) -> MelBands:
+           norm: MelNorm) -> MelBands:
         sample_rate = count("sr", sr)
         f_min = number("fmin", fmin, minimum=0.0)
         mel_n = count("n_mels", n_mels)
@@ -80,7 +85,7 @@ class MelBands:
         f_max = sample_rate / 2 if fmax is None else number("fmax", fmax)
         if not f_max > f_min:
             raise ValueError(f"fmax is {f_max:g}; it must be greater than fmin = {f_min:g}")
-        return cls(
+        bands = cls(
             sample_rate=sample_rate,
             f_min=f_min,
             f_max=f_max,
@@ -88,11 +93,22 @@ class MelBands:
             mel_norm=choice("norm", norm,
                             {None: native.MEL_NORM_NONE, "slaney": native.MEL_NORM_AREA}),
             mel_formula=native.MEL_HTK if htk else native.MEL_SLANEY)
+        empty_n = bands._empty_count(fft_n // 2 + 1)
+        if empty_n:
+            warn(f"{empty_n} of {mel_n} mel bands hold no frequency bin and are always 0: take a larger n_fft, "
+                 "a smaller n_mels, or an fmax not above sr / 2")
+        return bands
 
-    def bank(self, dst: Any, freq_n: int) -> int:
-        return native.sorvoAudioGetFBMatrix(
-            dst, freq_n, self.f_min, self.f_max, self.mel_n, self.sample_rate, self.mel_norm,
-            self.mel_formula)
+    def bank(self, freq_n: int) -> Floats:
+        result = np.empty((self.mel_n, freq_n), np.float32)
+        native.check(native.sorvoAudioGetFBMatrix(
+            result, freq_n, self.f_min, self.f_max, self.mel_n, self.sample_rate, self.mel_norm,
+            self.mel_formula))
+        return result
+
+    @lru_cache(maxsize=64)
+    def _empty_count(self, freq_n: int) -> int:
+        return int(np.count_nonzero(~self.bank(freq_n).any(axis=1)))
 
     def spectrogram(self, dst: Any, src: Any, sample_n: int, framing: Framing, frame_n: int,
                     center: int) -> int:

@@ -11,18 +11,19 @@ import numpy as np
 import numpy.typing as npt
 
 from . import native
-from ._arguments import Floats, apply, choice, coefficients, count, real
+from ._arguments import apply, choice, coefficients, count, real
+from ._types import Floats, PadType, Reals
 
 
 @overload
-def lfilter(b: Any, a: Any, x: Any, *, zi: None = None) -> Floats: ...
+def lfilter(b: npt.ArrayLike, a: npt.ArrayLike, x: Reals, *, zi: None = None) -> Floats: ...
 
 
 @overload
-def lfilter(b: Any, a: Any, x: Any, *, zi: npt.ArrayLike) -> tuple[Floats, Floats]: ...
+def lfilter(b: npt.ArrayLike, a: npt.ArrayLike, x: Reals, *, zi: npt.ArrayLike) -> tuple[Floats, Floats]: ...
 
 
-def lfilter(b: Any, a: Any, x: Any, *, zi: Any = None) -> Any:
+def lfilter(b: npt.ArrayLike, a: npt.ArrayLike, x: Reals, *, zi: Any = None) -> Any:
     """Filters along the last axis: a[0] y[n] = b[0] x[n] + b[1] x[n-1] + ... - a[1] y[n-1] - ...
 
     x [..., samples] -> [..., samples]; with ``zi``, also the final state
@@ -31,7 +32,8 @@ def lfilter(b: Any, a: Any, x: Any, *, zi: Any = None) -> Any:
         first sample starts without a transient.
     """
     b, a, x = coefficients("b", b), coefficients("a", a), real("x", x)
-    n, state_n = x.shape[-1], max(len(a), len(b)) - 1
+    b_n, a_n = len(b), len(a)
+    n, state_n = x.shape[-1], max(a_n, b_n) - 1
     shape = (*x.shape[:-1], state_n)
     if zi is None:
         state = np.zeros(shape, np.float32)
@@ -43,12 +45,12 @@ def lfilter(b: Any, a: Any, x: Any, *, zi: Any = None) -> Any:
     states = (state[position] for position in np.ndindex(*shape[:-1]))
     y = apply(
         lambda dst, src: native.sorvoAudioLinerFilter(
-            dst, src, b, a, next(states), n, n, len(b), len(a), state_n),
+            dst, src, b, a, next(states), n, n, b_n, a_n, state_n),
         x, 1, (n,))
     return y if zi is None else (y, state)
 
 
-def lfilter_zi(b: Any, a: Any) -> Floats:
+def lfilter_zi(b: npt.ArrayLike, a: npt.ArrayLike) -> Floats:
     """State of a filter that has settled on a constant input of 1, for `lfilter`.
 
     -> [max(len(a), len(b)) - 1]
@@ -62,7 +64,8 @@ def lfilter_zi(b: Any, a: Any) -> Floats:
     return result
 
 
-def filtfilt(b: Any, a: Any, x: Any, *, padtype: str | None = "odd", padlen: int | None = None) -> Floats:
+def filtfilt(b: npt.ArrayLike, a: npt.ArrayLike, x: Reals, *, padtype: PadType = "odd",
+             padlen: int | None = None) -> Floats:
     """Zero-phase filtering along the last axis: forward, then backward.
 
     x [..., samples] -> [..., samples]
@@ -71,19 +74,20 @@ def filtfilt(b: Any, a: Any, x: Any, *, padtype: str | None = "odd", padlen: int
     padlen   its length; 3 * max(len(a), len(b)) unless given. "odd" and "even" need a longer signal.
     """
     b, a, x = coefficients("b", b), coefficients("a", a), real("x", x)
+    b_n, a_n = len(b), len(a)
     n = x.shape[-1]
     pad_type = choice("padtype", padtype, {"odd": native.PAD_ODD, "even": native.PAD_REFLECT,
                                            "constant": native.PAD_CONSTANT, None: native.PAD_NONE})
-    pad_len = 3 * max(len(a), len(b)) if padlen is None else count("padlen", padlen, 0)
+    pad_len = 3 * max(a_n, b_n) if padlen is None else count("padlen", padlen, 0)
     if padtype in ("odd", "even") and pad_len >= n:
         raise ValueError(f"padlen is {pad_len}; it must be less than the {n} samples of x")
     return apply(
         lambda dst, src: native.sorvoAudioFilterFilter(
-            dst, src, b, a, n, n, len(b), len(a), pad_type, pad_len),
+            dst, src, b, a, n, n, b_n, a_n, pad_type, pad_len),
         x, 1, (n,))
 
 
-def resample(y: Any, *, orig_sr: int, target_sr: int) -> Floats:
+def resample(y: Reals, *, orig_sr: int, target_sr: int) -> Floats:
     """Converts to another sample rate by windowed-sinc interpolation with 65 taps.
 
     y [..., samples] -> [..., ceil(target_sr / orig_sr * samples)]

@@ -7,9 +7,11 @@ from collections.abc import Callable, Sequence
 from typing import Any, Literal
 
 import numpy as np
+import numpy.typing as npt
 
 from . import native
-from ._arguments import Floats, apply, count, long_enough, number, real
+from ._arguments import apply, count, long_enough, number, real
+from ._types import Floats, Reals
 from ._warnings import warn
 
 
@@ -32,7 +34,7 @@ def _items(function: Callable[[Any, Any, int], int], name: str, value: Any,
     return x, apply(lambda dst, src: function(dst, src, n), x, item_ndim, shape)
 
 
-def power_to_db(S: Any, *, ref: float | Literal["max"] | Callable[[Floats], Any] = 1.0,
+def power_to_db(S: Reals, *, ref: float | Literal["max"] | Callable[[Floats], Any] = 1.0,
                 amin: float = 1e-10, top_db: float | None = 80.0,
                 axis: int | Sequence[int] | None = None) -> Floats:
     """Powers in decibels relative to a reference, with a floor.
@@ -69,7 +71,7 @@ def power_to_db(S: Any, *, ref: float | Literal["max"] | Callable[[Floats], Any]
     return _items(decibels, "S", S, axis)[1]
 
 
-def log1p(x: Any) -> Floats:
+def log1p(x: Reals) -> Floats:
     """log(1 + x), accurate near 0.
 
     x [...] -> [...]
@@ -77,7 +79,7 @@ def log1p(x: Any) -> Floats:
     return _items(native.sorvoAudioLog1p, "x", x, None)[1]
 
 
-def standardize(x: Any, *, axis: int | Sequence[int] | None = None) -> Floats:
+def standardize(x: Reals, *, axis: int | Sequence[int] | None = None) -> Floats:
     """To zero mean and unit variance.
 
     x [...] -> [...]
@@ -96,8 +98,8 @@ def standardize(x: Any, *, axis: int | Sequence[int] | None = None) -> Floats:
     return result
 
 
-def trim(y: Any, *, top_db: float = 60.0, frame_length: int = 2048,
-         hop_length: int = 512) -> tuple[Floats, np.ndarray[Any, np.dtype[np.int64]]]:
+def trim(y: Reals, *, top_db: float = 60.0, frame_length: int = 2048,
+         hop_length: int = 512) -> tuple[Floats, npt.NDArray[np.int64]]:
     """Cuts silence off both ends; frames at the ends are reflected (librosa: zeros).
 
     y [samples] -> the span [n], its first and end position [2]

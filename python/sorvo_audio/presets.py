@@ -16,9 +16,9 @@ from typing import Any
 
 import numpy as np
 
-from . import native
-from ._arguments import Floats, apply, choice, real
-from .spectra import mel_filterbank, melspectrogram, stft
+from ._arguments import choice, real
+from ._types import Floats, MelNorm, PadMode, Reals
+from .spectra import melspectrogram, stft
 
 
 @dataclass(frozen=True)
@@ -32,9 +32,9 @@ class Preset:
     fmax: float | None = None
     power: float = 2.0
     htk: bool = False
-    norm: str | None = "slaney"
+    norm: MelNorm = "slaney"
     center: bool = True
-    pad_mode: str = "reflect"
+    pad_mode: PadMode = "reflect"
     pad: int = 0
     """Samples by which both ends are reflected before all else."""
     extra_frames: int = 1
@@ -50,7 +50,7 @@ class Preset:
         names = ("sr", "n_fft", "hop_length", "n_mels", "fmax", "power", "htk", "norm", "center", "pad_mode")
         return {name: getattr(self, name) for name in names}
 
-    def features(self, y: Any) -> Floats:
+    def features(self, y: Reals) -> Floats:
         """What the model takes.
 
         y [..., samples at sr] -> [..., n_mels, frames]
@@ -68,12 +68,8 @@ class Preset:
         powers = stft(y, n_fft=self.n_fft, hop_length=self.hop_length, center=self.center,
                       pad_mode=self.pad_mode, power=2.0)
         magnitudes = np.sqrt(powers + np.float32(self.power_offset))
-        bank = mel_filterbank(sr=self.sr, n_fft=self.n_fft, n_mels=self.n_mels, fmax=self.fmax,
-                              htk=self.htk, norm=self.norm)
-        freq_n, frame_n = magnitudes.shape[-2:]
-        return apply(
-            lambda dst, src: native.sorvoAudioConvertToMel(dst, src, bank, freq_n, frame_n, self.n_mels),
-            magnitudes, 2, (self.n_mels, frame_n))
+        return melspectrogram(S=magnitudes, sr=self.sr, n_mels=self.n_mels, fmax=self.fmax, htk=self.htk,
+                              norm=self.norm)
 
 
 def _linear(mel: Floats) -> Floats:

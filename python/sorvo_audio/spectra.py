@@ -1,23 +1,26 @@
 """Transforms, spectrograms and mel spectrograms of numpy arrays.
 
 Signals are [..., samples] and spectrograms [..., bins, frames]; every leading dimension is a batch
-dimension. Results are float32 or complex64. Keywords are those of librosa, and besides them ``norm`` of
-`stft`, called ``fft_norm`` where ``norm`` is that of the mel bank.
+dimension. Results are float32 or complex64. Keywords are those of librosa 0.10, and besides them ``norm`` of
+`stft`, called ``fft_norm`` where ``norm`` is that of the mel bank. Where a default is not librosa's, the first
+line of a description says so.
 """
 from __future__ import annotations
 
 import ctypes
-from typing import Any
+from typing import Any, Literal, overload
 
 import numpy as np
 import numpy.typing as npt
 
 from . import native
-from ._arguments import Complexes, Floats, apply, choice, complex_, count, long_enough, number, real
+from ._arguments import apply, choice, complex_, count, long_enough, number, real
 from ._framing import WINDOWS, Framing, MelBands
+from ._types import (Center, ComplexArray, Complexes, Floats, MelNorm, PadMode, Phase, Reals, SpectrumNorm,
+                     Window)
 
 
-def fft(x: Any) -> Complexes:
+def fft(x: Reals) -> Complexes:
     """Discrete Fourier transform of a real signal; all n bins, unscaled.
 
     x [..., n] real -> [..., n] complex
@@ -27,7 +30,7 @@ def fft(x: Any) -> Complexes:
     return apply(lambda dst, src: native.sorvoAudioFFT(dst, src, n), x, 1, (n,), np.complex64)
 
 
-def ifft(x: Any) -> Complexes:
+def ifft(x: ComplexArray) -> Complexes:
     """Inverse discrete Fourier transform, scaled by 1 / n.
 
     x [..., n] complex -> [..., n] complex
@@ -37,7 +40,7 @@ def ifft(x: Any) -> Complexes:
     return apply(lambda dst, src: native.sorvoAudioIFFT(dst, src, n), x, 1, (n,), np.complex64)
 
 
-def get_window(window: str, n: int) -> Floats:
+def get_window(window: Window, n: int) -> Floats:
     """Periodic analysis window, "hann" or "hamming".
 
     -> [n]
@@ -49,8 +52,8 @@ def get_window(window: str, n: int) -> Floats:
 
 
 def frame_count(n_samples: int, *, n_fft: int = 2048, hop_length: int | None = None,
-                center: bool = True, pad_mode: str = "reflect") -> int:
-    """Number of frames that `stft` and `melspectrogram` make of ``n_samples`` samples.
+                center: Center = True, pad_mode: PadMode = "reflect") -> int:
+    """Number of frames of `stft` and `melspectrogram`; by default the ends are reflected (librosa: zeros).
 
     0 for fewer than n_fft samples; else, in single precision, floor((n - n_fft) / hop + 1) without
     centring, floor(n / hop + 1) with "reflect", ceil(n / hop) + 1 with "constant". hop_length is
@@ -60,10 +63,22 @@ def frame_count(n_samples: int, *, n_fft: int = 2048, hop_length: int | None = N
         count("n_samples", n_samples))
 
 
-def stft(y: Any, *, n_fft: int = 2048, hop_length: int | None = None, win_length: int | None = None,
-         window: str = "hann", center: bool = True, pad_mode: str = "reflect",
-         power: float | None = None, norm: str | None = None) -> npt.NDArray[Any]:
-    """Short-time Fourier transform.
+@overload
+def stft(y: Reals, *, n_fft: int = 2048, hop_length: int | None = None, win_length: int | None = None,
+         window: Window = "hann", center: Center = True, pad_mode: PadMode = "reflect",
+         power: None = None, norm: SpectrumNorm = None) -> Complexes: ...
+
+
+@overload
+def stft(y: Reals, *, n_fft: int = 2048, hop_length: int | None = None, win_length: int | None = None,
+         window: Window = "hann", center: Center = True, pad_mode: PadMode = "reflect",
+         power: float, norm: SpectrumNorm = None) -> Floats: ...
+
+
+def stft(y: Reals, *, n_fft: int = 2048, hop_length: int | None = None, win_length: int | None = None,
+         window: Window = "hann", center: Center = True, pad_mode: PadMode = "reflect",
+         power: float | None = None, norm: SpectrumNorm = None) -> npt.NDArray[Any]:
+    """Short-time Fourier transform; by default the ends are reflected (librosa: zeros).
 
     y [..., samples] -> [..., n_fft // 2 + 1, frames], complex64; with ``power``, float32
 
@@ -88,8 +103,8 @@ def stft(y: Any, *, n_fft: int = 2048, hop_length: int | None = None, win_length
     return result if power is None else np.ascontiguousarray(result.real)
 
 
-def istft(stft_matrix: Any, *, hop_length: int | None = None, win_length: int | None = None,
-          window: str = "hann", center: bool = True, norm: str | None = None,
+def istft(stft_matrix: ComplexArray, *, hop_length: int | None = None, win_length: int | None = None,
+          window: Window = "hann", center: Center = True, norm: SpectrumNorm = None,
           length: int | None = None) -> Floats:
     """Signal of a complex spectrogram: overlap-add, divided by the overlap-added squared window.
 
@@ -123,7 +138,7 @@ def istft(stft_matrix: Any, *, hop_length: int | None = None, win_length: int | 
 
 
 def mel_filterbank(*, sr: int, n_fft: int, n_mels: int = 128, fmin: float = 0.0,
-                   fmax: float | None = None, htk: bool = False, norm: str | None = "slaney") -> Floats:
+                   fmax: float | None = None, htk: bool = False, norm: MelNorm = "slaney") -> Floats:
     """Mel filter bank.
 
     -> [n_mels, n_fft // 2 + 1]
@@ -135,27 +150,31 @@ def mel_filterbank(*, sr: int, n_fft: int, n_mels: int = 128, fmin: float = 0.0,
     """
     fft_n = count("n_fft", n_fft)
     bands = MelBands.of(sr, fft_n, n_mels, fmin, fmax, htk, norm)
-    freq_n = fft_n // 2 + 1
-    result = np.empty((bands.mel_n, freq_n), np.float32)
-    native.check(bands.bank(result, freq_n))
-    return result
+    return bands.bank(fft_n // 2 + 1)
 
 
-def melspectrogram(y: Any, *, sr: int, n_fft: int = 2048, hop_length: int | None = None,
-                   win_length: int | None = None, window: str = "hann", center: bool = True,
-                   pad_mode: str = "reflect", power: float = 2.0, fft_norm: str | None = None,
-                   n_mels: int = 128, fmin: float = 0.0, fmax: float | None = None, htk: bool = False,
-                   norm: str | None = "slaney") -> Floats:
-    """Mel spectrogram; linear, see `power_to_db` and `log1p` for logarithms.
+def melspectrogram(y: Reals | None = None, *, sr: int, S: Reals | None = None, n_fft: int = 2048,
+                   hop_length: int | None = None, win_length: int | None = None, window: Window = "hann",
+                   center: Center = True, pad_mode: PadMode = "reflect", power: float = 2.0,
+                   fft_norm: SpectrumNorm = None, n_mels: int = 128, fmin: float = 0.0,
+                   fmax: float | None = None, htk: bool = False, norm: MelNorm = "slaney") -> Floats:
+    """Mel spectrogram, linear; by default the ends of y are reflected (librosa: zeros).
 
-    y [..., samples] -> [..., n_mels, frames]
+    y [..., samples] or S [..., bins, frames] -> [..., n_mels, frames]; for logarithms `power_to_db`, `log1p`
 
+    S         a spectrogram in place of y, summed up in bands as it is; of the other parameters, only those of
+              the bank matter, and n_fft is 2 * (bins - 1)
     power     exponent of the magnitudes before they are summed up in bands
     fft_norm  normalisation of the spectrum, ``norm`` of `stft`
     norm      that of `mel_filterbank`
 
-    The other parameters are those of `stft` and of `mel_filterbank`.
+    The other parameters are those of `stft` and of `mel_filterbank`. Warns where bands hold no bin.
     """
+    if (y is None) == (S is None):
+        raise ValueError("melspectrogram takes either y, a signal, or S, a spectrogram")
+    if S is not None:
+        S = real("S", S, 2)
+        return _project(S, MelBands.of(sr, 2 * S.shape[-2] - 2, n_mels, fmin, fmax, htk, norm))
     y = real("y", y)
     framing = Framing.of(n_fft, hop_length, win_length, window, center, pad_mode,
                          number("power", power, above=0.0), fft_norm, "fft_norm")
@@ -168,7 +187,25 @@ def melspectrogram(y: Any, *, sr: int, n_fft: int = 2048, hop_length: int | None
         y, 1, (bands.mel_n, frame_n))
 
 
-def magphase(D: Any, *, power: float = 1.0, phase: str = "complex") -> tuple[Floats, npt.NDArray[Any]]:
+def _project(spectrogram: Floats, bands: MelBands) -> Floats:
+    freq_n, frame_n = spectrogram.shape[-2:]
+    bank = bands.bank(freq_n)
+    return apply(
+        lambda dst, src: native.sorvoAudioConvertToMel(dst, src, bank, freq_n, frame_n, bands.mel_n),
+        spectrogram, 2, (bands.mel_n, frame_n))
+
+
+@overload
+def magphase(D: ComplexArray, *, power: float = 1.0,
+             phase: Literal["complex"] = "complex") -> tuple[Floats, Complexes]: ...
+
+
+@overload
+def magphase(D: ComplexArray, *, power: float = 1.0, phase: Literal["angle"]) -> tuple[Floats, Floats]: ...
+
+
+def magphase(D: ComplexArray, *, power: float = 1.0,
+             phase: Phase = "complex") -> tuple[Floats, npt.NDArray[Any]]:
     """Magnitudes, to a power, and phases.
 
     D [...] complex -> magnitudes [...], phases [...]

@@ -9,15 +9,18 @@ from __future__ import annotations
 
 from collections.abc import Sequence
 from math import gcd
-from typing import Any
+from typing import Any, Generic, TypeVar
 
 import numpy as np
 import numpy.typing as npt
 
 from . import native
-from ._arguments import Floats, apply, coefficients, count, long_enough, number, real
+from ._arguments import apply, coefficients, count, long_enough, number, real
 from ._framing import Framing, MelBands
+from ._types import Center, Floats, MelNorm, PadMode, Reals, SpectrumNorm, Window
 from .filters import lfilter, resample_count
+
+Scalar = TypeVar("Scalar", bound=np.generic)
 
 __all__ = ["StftStream", "MelStream", "ResampleStream", "FilterStream"]
 
@@ -69,7 +72,7 @@ class _Signal:
         self._first = position
 
 
-class _FrameStream:
+class _FrameStream(Generic[Scalar]):
     """Cuts a signal into the frames of its final framing, and has them computed without centring."""
 
     def __init__(self, framing: Framing, shape: Sequence[int], dtype: Any) -> None:
@@ -85,7 +88,7 @@ class _FrameStream:
     def _compute(self, dst: Any, src: Any, sample_n: int, frame_n: int) -> int:
         raise NotImplementedError
 
-    def push(self, block: Any) -> npt.NDArray[Any]:
+    def push(self, block: Reals) -> npt.NDArray[Scalar]:
         self._signal.append(block)
         framing, sample_n = self._framing, self._signal.sample_n
         # The count is rounded to single precision; as it never falls, no frame is returned too early.
@@ -96,7 +99,7 @@ class _FrameStream:
         self._signal.forget_before(min(self._frame_begin(self._frame_n), sample_n - reflected_n))
         return result
 
-    def flush(self) -> npt.NDArray[Any]:
+    def flush(self) -> npt.NDArray[Scalar]:
         signal = self._signal
         if 0 < signal.sample_n < self._framing.fft_n:
             self._begin()
@@ -113,10 +116,10 @@ class _FrameStream:
         last_begin = self._signal.sample_n - self._framing.fft_n
         return max(0, (last_begin - self._frame_begin(0)) // self._framing.hop_n + 1)
 
-    def _frames(self, end: int) -> npt.NDArray[Any]:
+    def _frames(self, end: int) -> npt.NDArray[Scalar]:
         """Frames from the first that has not been returned up to ``end``."""
         framing = self._framing
-        results = [np.zeros((*self._signal.batch, *self._shape, 0), self._dtype)]
+        results: list[npt.NDArray[Scalar]] = [np.zeros((*self._signal.batch, *self._shape, 0), self._dtype)]
         # Short enough for a frame count that is exact in single precision.
         frames_at_once = max(1, 2**22 // framing.hop_n)
         while self._frame_n < end:
@@ -130,15 +133,15 @@ class _FrameStream:
         return np.concatenate(results, axis=-1)
 
 
-class StftStream(_FrameStream):
-    """`stft` in blocks, with its parameters.
+class StftStream(_FrameStream[Any]):
+    """`stft` in blocks, with its parameters; by default the ends are reflected (librosa: zeros).
 
     push(block [..., samples]), flush() -> [..., n_fft // 2 + 1, frames]
     """
 
     def __init__(self, *, n_fft: int = 2048, hop_length: int | None = None, win_length: int | None = None,
-                 window: str = "hann", center: bool = True, pad_mode: str = "reflect",
-                 power: float | None = None, norm: str | None = None) -> None:
+                 window: Window = "hann", center: Center = True, pad_mode: PadMode = "reflect",
+                 power: float | None = None, norm: SpectrumNorm = None) -> None:
         framing = Framing.of(n_fft, hop_length, win_length, window, center, pad_mode, power, norm)
         super().__init__(framing, (framing.freq_n,), np.complex64)
 
@@ -150,17 +153,17 @@ class StftStream(_FrameStream):
         return np.ascontiguousarray(result.real) if self._framing.power else result
 
 
-class MelStream(_FrameStream):
-    """`melspectrogram` in blocks, with its parameters.
+class MelStream(_FrameStream[np.float32]):
+    """`melspectrogram` in blocks, with its parameters; by default the ends are reflected (librosa: zeros).
 
     push(block [..., samples]), flush() -> [..., n_mels, frames]
     """
 
     def __init__(self, *, sr: int, n_fft: int = 2048, hop_length: int | None = None,
-                 win_length: int | None = None, window: str = "hann", center: bool = True,
-                 pad_mode: str = "reflect", power: float = 2.0, fft_norm: str | None = None,
+                 win_length: int | None = None, window: Window = "hann", center: Center = True,
+                 pad_mode: PadMode = "reflect", power: float = 2.0, fft_norm: SpectrumNorm = None,
                  n_mels: int = 128, fmin: float = 0.0, fmax: float | None = None, htk: bool = False,
-                 norm: str | None = "slaney") -> None:
+                 norm: MelNorm = "slaney") -> None:
         framing = Framing.of(n_fft, hop_length, win_length, window, center, pad_mode,
                              number("power", power, above=0.0), fft_norm, "fft_norm")
         self._bands = MelBands.of(sr, framing.fft_n, n_mels, fmin, fmax, htk, norm)
@@ -190,7 +193,7 @@ class ResampleStream:
         self._signal = _Signal()
         self._output_n = 0  # that have been returned
 
-    def push(self, block: Any) -> Floats:
+    def push(self, block: Reals) -> Floats:
         self._signal.append(block)
         # Outputs whose 65 taps, 32 on each side of their position, lie before the end of the signal.
         complete = -((self._phase - (self._signal.sample_n - 32) * self._up) // self._down)
@@ -236,12 +239,12 @@ class FilterStream:
     push(block [..., samples]) -> [..., samples], flush() -> [..., 0]
     """
 
-    def __init__(self, b: Any, a: Any, *, zi: Any = None) -> None:
+    def __init__(self, b: npt.ArrayLike, a: npt.ArrayLike, *, zi: Any = None) -> None:
         self._b, self._a = coefficients("b", b), coefficients("a", a)
         self._start = zi
         self._state: Floats | None = None
 
-    def push(self, block: Any) -> Floats:
+    def push(self, block: Reals) -> Floats:
         x = real("block", block, minimum_n=0)
         if self._state is None:
             shape = (*x.shape[:-1], max(len(self._a), len(self._b)) - 1)

@@ -61,7 +61,25 @@ class Values(unittest.TestCase):
             self.assert_near(bank, references.mel_bank(16000, 512, 40, **options), 1e-4)
             y = noise(2000)
             mel = sa.melspectrogram(y, sr=16000, n_fft=512, n_mels=40, **options)
-            self.assert_near(mel, bank @ sa.stft(y, n_fft=512, power=2), 2e-6)
+            powers = sa.stft(y, n_fft=512, power=2)
+            self.assert_near(mel, bank @ powers, 2e-6)
+            self.assert_near(sa.melspectrogram(S=np.sqrt(powers), sr=16000, n_mels=40, **options),
+                             bank @ np.sqrt(powers), 2e-6)
+
+    def test_empty_mel_bands_are_told(self):
+        for call in (lambda: sa.mel_filterbank(sr=16000, n_fft=400, n_mels=128, htk=True),
+                     lambda: sa.melspectrogram(noise(400), sr=16000, n_fft=400, htk=True),
+                     lambda: sa.presets.torchaudio.features(noise(400)),
+                     lambda: sa.melspectrogram(S=np.ones((201, 2)), sr=16000, htk=True),
+                     lambda: sa.MelStream(sr=16000, n_fft=400, htk=True)):
+            with self.assertWarnsRegex(sa.SorvoAudioWarning, "4 of 128 mel bands .* larger n_fft") as caught:
+                call()
+            self.assertEqual(caught.filename, __file__)
+        empty = np.flatnonzero(~references.mel_bank(16000, 400, 128, htk=True).any(1))
+        self.assertEqual(len(empty), 4)
+        with warnings.catch_warnings():
+            warnings.simplefilter("error")
+            sa.presets.whisper_128.features(noise(400))
 
     def test_frame_count_is_the_number_of_frames(self):
         self.assertEqual(sa.frame_count(255, n_fft=256), 0)
@@ -151,6 +169,11 @@ class Errors(unittest.TestCase):
             (lambda: sa.stft(y, n_fft=400.0), TypeError, "n_fft is 400.0; it must be an integer"),
             (lambda: sa.stft(y, power=float("nan")), ValueError, "power is nan; .* greater than 0"),
             (lambda: sa.stft(y, window="kaiser"), ValueError, "window is 'kaiser'; .* 'hann', 'hamming'"),
+            (lambda: sa.stft(y, center="constant"), ValueError, "center is 'constant'; .* True, False"),
+            (lambda: sa.melspectrogram(y, sr=1, S=y), ValueError, "either y, a signal, or S"),
+            (lambda: sa.melspectrogram(sr=1), ValueError, "either y, a signal, or S"),
+            (lambda: sa.melspectrogram(S=y, sr=1), ValueError, "S has shape .* at least 2 dimensions"),
+            (lambda: sa.melspectrogram(S=[[0.5]] * 33, sr=1), ValueError, "n_mels is 128; .* = 32"),
             (lambda: sa.stft(y, pad_mode=["reflect"]), ValueError, "pad_mode is .*'reflect', 'constant'"),
             (lambda: sa.melspectrogram(y, sr=8000, fft_norm="x"), ValueError, "fft_norm is 'x'"),
             (lambda: sa.melspectrogram(y, sr=8000, n_fft=64), ValueError, "n_mels is 128; .* at most .* 32"),
@@ -197,6 +220,9 @@ class Errors(unittest.TestCase):
             item = getattr(sa, name)
             if inspect.isfunction(item) or inspect.isclass(item) and not issubclass(item, Warning):
                 self.assertRegex(inspect.getdoc(item), r"-> .*(\[|frames)|Number of frames", name)
+                pad_mode = inspect.signature(item).parameters.get("pad_mode")
+                if pad_mode and pad_mode.default != "constant":  # librosa's default since 0.10
+                    self.assertRegex(inspect.getdoc(item).splitlines()[0], "librosa: zeros", name)
 
 
 if __name__ == "__main__":

@@ -26,6 +26,18 @@ class Package(unittest.TestCase):
             done = run(sys.executable, "-m", "mypy", "--cache-dir", cache, cwd=PYTHON)
         self.assertEqual(done.returncode, 0, done.stdout)
 
+    @unittest.skipUnless(has("mypy"), "mypy is not installed")
+    def test_types_of_calls(self):
+        """What a user writes is typed as it behaves: `error` marks the lines that are refused."""
+        program = PYTHON.parent / "tests" / "python" / "typed_calls.py"
+        with tempfile.TemporaryDirectory() as cache:
+            done = run(sys.executable, "-m", "mypy", "--strict", "--cache-dir", cache, program,
+                       cwd=cache, env={**os.environ, "MYPYPATH": str(PYTHON)})
+        refused = {int(line) for line in re.findall(r"typed_calls\.py:(\d+): error", done.stdout)}
+        marked = {i for i, line in enumerate(program.read_text().splitlines(), 1) if line.endswith("# error")}
+        self.assertTrue(marked)
+        self.assertEqual(refused, marked, done.stdout)
+
     def test_code_of_the_read_me(self):
         blocks = re.findall(r"^```python\n(.*?)^```", (PYTHON / "README.md").read_text(), re.M | re.S)
         self.assertTrue(blocks)
