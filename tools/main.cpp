@@ -2,14 +2,17 @@
 #include <sorvo_audio.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <iostream>
 #include <string>
 #include <vector>
 
 #include "commands/command.h"
 #include "support/failure.h"
+#include "support/near_miss.h"
 #include "support/options.h"
 
 namespace {
@@ -25,6 +28,40 @@ using sorvo_tool::Exit;
 std::string chosen_command(const CLI::App& root) {
     const auto chosen = root.get_subcommands();
     return chosen.empty() ? "" : " " + chosen.front()->get_name();
+}
+
+// "; did you mean --n-fft?", or nothing.
+std::string suggestion(const std::string& given, const std::vector<std::string>& known) {
+    const std::string meant = sorvo_tool::nearest(given, known);
+    return meant.empty() ? "" : "; did you mean " + meant + "?";
+}
+
+// Says which option is none, of the command, that of `explain` or the program; empty if there is
+// no such option.
+std::string describe_unknown_option(const CLI::App& root) {
+    std::vector<std::string> known;
+    for (const CLI::App* app = &root; app != nullptr;
+         app = app->get_subcommands().empty() ? nullptr : app->get_subcommands().front())
+        for (const CLI::Option* option : app->get_options())
+            for (const std::string& name : option->get_lnames()) known.push_back("--" + name);
+    for (const std::string& word : root.remaining(true)) {
+        if (word.size() < 2 || word[0] != '-') continue;
+        const std::string name = word.substr(0, word.find('='));
+        return name + " is no option here" + suggestion(name, known);
+    }
+    return "";
+}
+
+std::string describe(const CLI::ParseError& error, const CLI::App& root) {
+    const std::string unknown = describe_unknown_option(root);
+    if (!unknown.empty()) return unknown;
+    const auto words = root.remaining(true);
+    if (!root.get_subcommands().empty()) return error.what();
+    if (words.empty()) return "no command is given";
+    std::vector<std::string> known;
+    for (const CLI::App* app : root.get_subcommands([](const CLI::App*) { return true; }))
+        known.push_back(app->get_name());
+    return words.front() + " is no command" + suggestion(words.front(), known);
 }
 
 int run(int argc, char** argv) {
@@ -51,15 +88,8 @@ int run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) return root.exit(error);  // --help, --version
         const std::string command = chosen_command(root);
-        const std::string first = argc > 1 ? argv[1] : "";
-        if (command.empty() && (first.empty() || first[0] != '-')) {
-            std::fprintf(
-                stderr, "sorvo-audio: %s; see sorvo-audio --help\n",
-                first.empty() ? "no command is given" : (first + " is no command").c_str());
-            return static_cast<int>(Exit::usage);
-        }
         std::fprintf(stderr, "sorvo-audio%s: %s; see sorvo-audio%s --help\n", command.c_str(),
-                     error.what(), command.c_str());
+                     describe(error, root).c_str(), command.c_str());
         return static_cast<int>(Exit::usage);
     } catch (const sorvo_tool::Failure& failure) {
         std::fprintf(stderr, "sorvo-audio%s: %s\n", chosen_command(root).c_str(), failure.what());
@@ -76,5 +106,12 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN);  // a file beyond the user's limit is an error of writing it
-    return run(argc, argv);
+    std::signal(SIGPIPE, SIG_IGN);  // so is a reader that went away
+    const int code = run(argc, argv);
+    std::cout.flush();  // --help and --version
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good()) return code;
+    std::fputs(
+        "sorvo-audio: standard output: cannot be written; free the disk or give it another place\n",
+        stderr);
+    return std::max(code, static_cast<int>(Exit::cannot_write));
 }

@@ -81,7 +81,13 @@ class Errors(CommandLineTest):
         cases = [
             # Usage: the option, the value or limit.
             (2, "", ": no command is given"),
-            (2, "melt speech.wav", "melt is no command"),
+            (2, "melt speech.wav", "melt is no command; did you mean mel[?]"),
+            (2, "--verson", "--verson is no option here; did you mean --version[?]"),
+            (2, "mel speech.wav --n_ftt=400", "mel: --n_ftt is no option here; did you mean --n-fft[?]"),
+            (2, "mel speech.wav --hop 400", "--hop is no option here; did you mean --hop-length[?]"),
+            (2, "filter speech.wav --settle", "--settle is no option here; did you mean --settled[?]"),
+            (2, "explain stft --centre none", "explain: --centre .* --center[?]"),
+            (2, "stft speech.wav --bananas", "--bananas is no option here; see"),
             (2, "mel", " mel: INPUT is required"),
             (2, "mel speech.wav", "mel: -o: no output"),
             (2, "mel speech.wav -o x.mp4", r"-o: x\.mp4 .*\.npy \.csv \.png"),
@@ -127,6 +133,13 @@ class Errors(CommandLineTest):
                 self.assertRegex(errors, r"^sorvo-audio" + ".*" + message)
                 self.assertEqual(self.files(), before)
 
+    def test_what_cannot_be_printed_is_an_error(self):
+        for arguments in ("--help", "presets", "info speech.wav", "mel speech.wav -o x.npy --force"):
+            with open("/dev/full", "w") as full, self.subTest(arguments):
+                result = subprocess.run([TOOL, *arguments.split()], stdout=full, stderr=subprocess.PIPE, text=True)
+                self.assertEqual(result.returncode, 3)
+                self.assertRegex(result.stderr, "standard output: cannot be written")
+
     def test_a_disk_that_fills_leaves_nothing_behind(self):
         def limit_files():
             resource.setrlimit(resource.RLIMIT_FSIZE, (20000, 20000))
@@ -169,6 +182,34 @@ class Batches(CommandLineTest):
         for report in reports:
             if report["status"] == "done":
                 self.assertEqual(list(np.load(report["output"]).shape), report["shape"])
+
+    def test_an_empty_folder_does_not_stop_the_rest(self):
+        self.make_recordings(3)
+        os.makedirs("empty")
+        out, errors = self.run_tool("mel", "empty", "in", "-o", "out", "--json", expect=1)
+        self.assertRegex(errors, "3 done, 0 skipped, 1 failed")
+        self.assertRegex(errors, "(?m)^sorvo-audio mel: empty: holds no sound file")
+        self.assertEqual([json.loads(line)["status"] for line in out.splitlines()], ["failed"] + 3 * ["done"])
+
+    def test_what_repeats_is_counted_and_quiet_prints_errors_alone(self):
+        for i in range(5):
+            write_wav(f"{i}.wav", np.zeros((8000, 2)))
+        _, errors = self.run_tool("mel", *[f"{i}.wav" for i in range(5)], "speech.wav", "-o", "out")
+        self.assertIn("note: 5 inputs: 2 channels mixed down to one\n", errors)
+        self.assertEqual(errors.count("silent"), 1)
+        self.assertEqual(self.run_tool("mel", "0.wav", "speech.wav", "-o", "out", "--force", "-q"), ("", ""))
+        self.assertEqual(self.run_tool("mel", "speech.wav", "-o", "x.npy", "-q"), ("", ""))
+        _, errors = self.run_tool("mel", "none.wav", "speech.wav", "-o", "out", "--force", "-q", expect=1)
+        self.assertRegex(errors, r"\Asorvo-audio mel: none.wav: .*\n\Z")
+
+    def test_json_is_valid_for_any_name(self):
+        names = [b'q"uo\\te\n\x01\x7f.wav', b"\xff\xc0\x80\xed\xa0\x80\xf4\x90\x80\x80 \xe2.wav",
+                 "grüße 🎵.wav".encode()]
+        for name in names:
+            shutil.copy("speech.wav", name)
+        result = subprocess.run([TOOL, "info", "--json", *names], capture_output=True, check=True)
+        got = [json.loads(line)["input"] for line in result.stdout.decode("utf-8").splitlines()]
+        self.assertEqual(got, [name.decode("utf-8", "replace") for name in names])
 
     def test_existing_files_are_kept_skipped_or_replaced(self):
         self.make_recordings(3)
@@ -216,6 +257,25 @@ class Batches(CommandLineTest):
 
 
 class Words(CommandLineTest):
+    def test_what_is_not_finite_is_written_and_an_error(self):
+        bad = sine(440).astype(np.float32)
+        bad[100:103] = np.nan, np.inf, -np.inf
+        write_wav("bad.wav", bad, dtype=np.float32)
+        write_wav("loud.wav", np.full(16000, 3e38), dtype=np.float32)
+        for source, count, command in [
+                ("bad.wav", "3 samples read", "mel -o x.npy"), ("bad.wav", "3 samples read", "stft -o x.npy"),
+                ("bad.wav", "3 samples read", "filter -o x.wav --b 1"),
+                ("bad.wav", "3 samples read", "resample -o x.npy --sample-rate 8000"),
+                ("bad.wav", "3 samples read", "trim -o x.wav"),
+                ("loud.wav", r"\d+ values written", "stft -o x.npy"),
+                ("loud.wav", r"\d+ values written", "mel -o x.npy"),
+                ("loud.wav", r"1599\d samples written", "filter -o x.wav --b 1,1")]:
+            with self.subTest(source=source, command=command):
+                out, errors = self.run_tool(*command.split(), source, "--force", "--json", expect=1)
+                self.assertRegex(errors, f"{source}: its output holds infinite values or NaN: {count}")
+                self.assertEqual(json.loads(out)["status"], "not_finite")
+                self.assertTrue(os.path.exists(json.loads(out)["output"]))
+
     def test_changes_to_the_sound_are_said(self):
         self.make_examples_folder()
         out, _ = self.run_tool("mel", "stereo.wav", "-o", "x.npy", "--sample-rate", 8000,

@@ -31,11 +31,7 @@ Signal load_signal(const std::string& path, int sample_rate, Report& report) {
     if (std::all_of(signal.samples.begin(), signal.samples.end(),
                     [](float sample) { return sample == 0; }))
         report.notes.push_back("silent: every sample is 0");
-    const auto bad_n = std::count_if(signal.samples.begin(), signal.samples.end(),
-                                     [](float sample) { return !std::isfinite(sample); });
-    if (bad_n > 0)
-        report.notes.push_back(counted(static_cast<std::size_t>(bad_n), "sample") +
-                               " infinite or not a number");
+    count_not_finite(signal.samples, "sample", "read", report);
     return signal;
 }
 
@@ -88,6 +84,7 @@ void report_range(const std::vector<float>& values, Report& report) {
     const auto [lowest, highest] = std::minmax_element(values.begin(), values.end());
     double sum = 0;
     for (const float value : values) sum += static_cast<double>(value);
+    count_not_finite(values, "value", "written", report);
     report.facts.add("minimum", static_cast<double>(*lowest));
     report.facts.add("maximum", static_cast<double>(*highest));
     report.facts.add("mean", sum / static_cast<double>(values.size()));

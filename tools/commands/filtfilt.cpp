@@ -5,6 +5,7 @@
 #include "commands/command.h"
 #include "commands/sounds.h"
 #include "settings/filter_settings.h"
+#include "support/text.h"
 
 namespace sorvo_tool {
 namespace {
@@ -22,10 +23,11 @@ Report run(const Options& options, const Job& job) {
     const int sample_n = sound.sample_n();
     if (*filter.pad_type != SORVO_AUDIO_PAD_NONE && *filter.pad_type != SORVO_AUDIO_PAD_CONSTANT &&
         *filter.pad_n >= sample_n)
-        throw Failure(Exit::input_failed, job.input,
-                      "is too short to be extended, " + std::to_string(sample_n) + " samples",
-                      "more than " + std::to_string(*filter.pad_n) + " needed, --pad-len",
-                      "give a smaller --pad-len or --pad-type constant");
+        throw Failure(
+            Exit::input_failed, job.input,
+            "is too short to be extended, " + counted(static_cast<std::size_t>(sample_n), "sample"),
+            "more than " + std::to_string(*filter.pad_n) + " needed, --pad-len",
+            "give a smaller --pad-len or --pad-type constant");
     for (auto& channel : sound.channels) {
         std::vector<float> filtered(channel.size());
         check_status(

@@ -22,7 +22,7 @@ void reflect_ends(std::vector<float>& samples, int pad_n, const std::string& fil
     if (n == 0) return;
     if (samples.size() <= n || samples.size() + 2 * n > std::numeric_limits<int>::max())
         throw Failure(Exit::input_failed, file,
-                      "cannot be extended, " + std::to_string(samples.size()) + " samples",
+                      "cannot be extended, " + counted(samples.size(), "sample"),
                       "more than " + std::to_string(pad_n) + " needed, --pad",
                       "give a longer sound or a smaller --pad");
     std::vector<float> padded(samples.size() + 2 * n);

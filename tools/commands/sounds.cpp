@@ -40,6 +40,7 @@ Sound load_sound(const std::string& path, const SoundOptions& options, Report& r
     report.facts.add("channels", number(sound.channels.size()));
     report.facts.add("samples", number(sound.sample_n()));
     report.facts.add("seconds", sound.seconds());
+    for (const auto& channel : sound.channels) count_not_finite(channel, "sample", "read", report);
     if (options.mono && sound.channels.size() > 1) {
         report.notes.push_back(counted(sound.channels.size(), "channel") + " mixed down to one");
         sound.channels = {mix_down(sound)};
@@ -50,6 +51,8 @@ Sound load_sound(const std::string& path, const SoundOptions& options, Report& r
 void write_result(const Job& job, Sound sound, const SoundOptions& options, Report& report) {
     if (options.sample_format)
         sound.sample_format = static_cast<SampleFormat>(*options.sample_format);
+    for (const auto& channel : sound.channels)
+        count_not_finite(channel, "sample", "written", report);
     const std::string ending = std::filesystem::path(job.output).extension().string();
     if (ending == ".npy") {
         write_npy(job.output, array_of(sound));

@@ -71,7 +71,10 @@ Report run(const StftSettings& stft, bool raw, const Job& job) {
                                          : stft.power == 2 ? "power"
                                          : stft.power == 1 ? "magnitude"
                                                            : "magnitude to the power of --power"));
-    if (!is_complex) report_range(array.data, report);
+    if (is_complex)
+        count_not_finite(array.data, "value", "written", report);
+    else
+        report_range(array.data, report);
 
     Picture picture;
     if (is_drawn) {

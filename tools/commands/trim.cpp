@@ -6,6 +6,7 @@
 #include "commands/sounds.h"
 #include "settings/trim_settings.h"
 #include "support/options.h"
+#include "support/text.h"
 
 namespace sorvo_tool {
 namespace {
@@ -28,8 +29,8 @@ Report run(const Options& options, const Job& job) {
         "sorvoAudioGetNonSilentPos", job.input);
     if (length == 0)
         throw Failure(Exit::input_failed, job.input, "has nothing left to keep",
-                      "it has " + std::to_string(sound.sample_n()) + " samples, --frame-length " +
-                          std::to_string(options.trim.frame_n),
+                      "it has " + counted(static_cast<std::size_t>(sound.sample_n()), "sample") +
+                          ", --frame-length " + std::to_string(options.trim.frame_n),
                       "give a smaller --frame-length or a larger --top-db");
     for (auto& channel : sound.channels)
         channel = {channel.begin() + first, channel.begin() + first + length};

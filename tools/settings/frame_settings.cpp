@@ -1,6 +1,7 @@
 #include "settings/frame_settings.h"
 
 #include "support/failure.h"
+#include "support/text.h"
 
 namespace sorvo_tool {
 
@@ -45,7 +46,7 @@ int count_frames(const FrameSettings& settings, int sample_n, const std::string&
         "sorvoAudioGetFrameLen", file);
     if (frame_n > 0) return frame_n;
     throw Failure(Exit::input_failed, file,
-                  "is too short, " + std::to_string(sample_n) + " samples",
+                  "is too short, " + counted(static_cast<std::size_t>(sample_n), "sample"),
                   "one frame needs " + std::to_string(settings.fft_n) + ", --n-fft",
                   "give a longer sound or a smaller --n-fft");
 }

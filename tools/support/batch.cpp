@@ -1,9 +1,12 @@
 #include "support/batch.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -60,7 +63,9 @@ Facts json_facts(const BatchCommand& command, const Job& job, const Report& repo
     Facts facts;
     facts.add("command", command.name);
     facts.add("input", job.input);
-    facts.add("status", std::string(failure ? "failed" : "done"));
+    facts.add("status", std::string(failure                  ? "failed"
+                                    : report.defects.empty() ? "done"
+                                                             : "not_finite"));
     if (failure) {
         facts.add("exit_code", number(static_cast<int>(failure->exit())));
         facts.add("subject", failure->subject());
@@ -72,6 +77,7 @@ Facts json_facts(const BatchCommand& command, const Job& job, const Report& repo
         if (!job.picture.empty()) facts.add("picture", job.picture);
         facts.append(report.facts);
         facts.add("notes", report.notes);
+        facts.add("defects", report.defects);
     }
     return facts;
 }
@@ -90,32 +96,53 @@ class Results {
         : options_(options),
           command_(command),
           plan_(plan),
-          progress_(command.name, plan.jobs.size()) {}
+          progress_(command.name, plan.jobs.size()),
+          failures_(plan.failures) {
+        if (options.json)
+            for (const Failure& failure : plan.failures)
+                print_json({failure.subject(), "", ""}, {}, failure);
+    }
 
     void take(const Job& job, const Report& report, const std::optional<Failure>& failure) {
         const std::lock_guard<std::mutex> lock(mutex_);
         if (options_.json)
-            std::printf("%s\n", json_facts(command_, job, report, failure).as_json().c_str());
-        else if (plan_.is_single && !failure)
+            print_json(job, report, failure);
+        else if (plan_.is_single && !failure && !options_.quiet)
             print_report(job, report);
-        if (failure)
-            failures_.push_back(*failure);
-        else if (!report.notes.empty())
-            noted_.push_back(job.input + ": " +
-                             joined(report.notes, "; ", [](const auto& note) { return note; }));
+        if (failure) failures_.push_back(*failure);
+        for (const std::string& note : report.notes) noted_[note].push_back(job.input);
+        if (!report.defects.empty())
+            failures_.emplace_back(
+                Exit::input_failed, job.input,
+                "its output holds infinite values or NaN: " +
+                    joined(report.defects, ", ", [](const auto& defect) { return defect; }),
+                "", "look for the cause in the sound, or in a filter that is not stable");
+        defective_n_ += !report.defects.empty();
+        ++ended_n_;
         done_n_ += !failure;
-        if (!plan_.is_single) progress_.job_ended(report.seconds, failure.has_value());
+        if (!plan_.is_single && !options_.quiet)
+            progress_.job_ended(report.seconds, failure.has_value());
     }
 
     Exit summarise() {
-        const std::size_t left_n = plan_.jobs.size() - done_n_ - failures_.size();
-        if (!plan_.is_single) {
+        const std::size_t left_n = plan_.jobs.size() - ended_n_;
+        if (options_.quiet) {
+            // Failures alone are said.
+        } else if (!plan_.is_single) {
             progress_.clear();
-            for (const std::string& note : noted_) std::fprintf(stderr, "note: %s\n", note.c_str());
+            for (const auto& [note, inputs] : noted_)
+                std::fprintf(stderr, "note: %s: %s\n",
+                             inputs.size() == 1 ? inputs.front().c_str()
+                                                : counted(inputs.size(), "input").c_str(),
+                             note.c_str());
             std::fprintf(stderr,
                          "%s: %zu done, %zu skipped, %zu failed in %.1f s (%.0f x real time)\n",
-                         command_.name.c_str(), done_n_, plan_.skipped_n, failures_.size(),
-                         progress_.elapsed(), progress_.times_real_time());
+                         command_.name.c_str(), done_n_, plan_.skipped_n,
+                         ended_n_ + plan_.failures.size() - done_n_, progress_.elapsed(),
+                         progress_.times_real_time());
+            if (defective_n_ > 0)
+                std::fprintf(stderr, "%s: %s of those done not finite\n", command_.name.c_str(),
+                             counted(defective_n_, "result").c_str());
         } else if (plan_.skipped_n > 0 && !options_.json) {
             std::printf("%s: skipped, its outputs exist\n", options_.inputs.front().c_str());
         }
@@ -135,17 +162,30 @@ class Results {
     }
 
   private:
+    void print_json(const Job& job, const Report& report, const std::optional<Failure>& failure) {
+        std::printf("%s\n", json_facts(command_, job, report, failure).as_json().c_str());
+    }
+
     const BatchOptions& options_;
     const BatchCommand& command_;
     const Plan& plan_;
     Progress progress_;
     std::mutex mutex_;
     std::vector<Failure> failures_;
-    std::vector<std::string> noted_;
-    std::size_t done_n_ = 0;
+    std::map<std::string, std::vector<std::string>> noted_;  // inputs by their note
+    std::size_t ended_n_ = 0;
+    std::size_t done_n_ = 0;  // without those that failed
+    std::size_t defective_n_ = 0;
 };
 
 }  // namespace
+
+void count_not_finite(const std::vector<float>& values, const std::string& noun,
+                      const std::string& what, Report& report) {
+    const auto n = std::count_if(values.begin(), values.end(),
+                                 [](float value) { return !std::isfinite(value); });
+    if (n > 0) report.defects.push_back(counted(static_cast<std::size_t>(n), noun) + " " + what);
+}
 
 void add_batch_options(CLI::App& app, BatchOptions& options, const BatchCommand& command) {
     const auto word = [](const std::string& ending) { return ending.substr(1); };
@@ -175,6 +215,7 @@ void add_batch_options(CLI::App& app, BatchOptions& options, const BatchCommand&
     app.add_flag("--skip-existing", options.skip_existing,
                  "Leave out what exists already, to go on after an interruption");
     app.add_flag("--json", options.json, "Print one JSON object a line for each input");
+    app.add_flag("-q,--quiet", options.quiet, "Print neither reports nor progress, only errors");
 }
 
 Exit run_batch(const BatchOptions& options, const BatchCommand& command) {

@@ -21,9 +21,14 @@ struct Job {
 // What came of a job that succeeded.
 struct Report {
     Facts facts;
-    std::vector<std::string> notes;  // what the user did not ask for but should know
-    double seconds = 0;              // of sound
+    std::vector<std::string> notes;    // what the user did not ask for but should know
+    std::vector<std::string> defects;  // what is not finite; the program then ends with 1
+    double seconds = 0;                // of sound
 };
+
+// Puts "3 samples read" among the defects if so many values are infinite or NaN.
+void count_not_finite(const std::vector<float>& values, const std::string& noun,
+                      const std::string& what, Report& report);
 
 struct BatchOptions {
     std::vector<std::string> inputs;
@@ -34,6 +39,7 @@ struct BatchOptions {
     bool force = false;
     bool skip_existing = false;
     bool json = false;
+    bool quiet = false;
 };
 
 // What a command reads and writes.
@@ -45,7 +51,7 @@ struct BatchCommand {
     std::function<Report(const Job&)> run;  // called from several threads at once
 };
 
-// INPUT..., -o, --picture, --format, -j, --force, --skip-existing and --json.
+// INPUT..., -o, --picture, --format, -j, --force, --skip-existing, --json and -q.
 void add_batch_options(CLI::App& app, BatchOptions& options, const BatchCommand& command);
 
 // Runs the command on every input, with progress on stderr and results on stdout. A failure stops

@@ -9,17 +9,42 @@
 namespace sorvo_tool {
 namespace {
 
+// Bytes of the UTF-8 character that text begins with at `at`; 0 if there is none. Overlong forms,
+// surrogates and what lies beyond U+10FFFF are none.
+std::size_t utf8_character_n(const std::string& text, std::size_t at) {
+    const auto byte = [&](std::size_t i) {
+        return at + i < text.size() ? static_cast<unsigned char>(text[at + i]) : 0u;
+    };
+    const unsigned first = byte(0);
+    const std::size_t n = first < 0x80   ? 1
+                          : first < 0xc2 ? 0
+                          : first < 0xe0 ? 2
+                          : first < 0xf0 ? 3
+                          : first < 0xf5 ? 4
+                                         : 0;
+    for (std::size_t i = 1; i < n; ++i)
+        if ((byte(i) & 0xc0) != 0x80) return 0;
+    const bool is_wrong = (first == 0xe0 && byte(1) < 0xa0) || (first == 0xed && byte(1) > 0x9f) ||
+                          (first == 0xf0 && byte(1) < 0x90) || (first == 0xf4 && byte(1) > 0x8f);
+    return is_wrong ? 0 : n;
+}
+
+// A JSON string. File names may hold any bytes; what is no UTF-8 becomes U+FFFD.
 std::string quoted(const std::string& text) {
     static const char* const hex = "0123456789abcdef";
     std::string result = "\"";
-    for (const char c : text) {
-        const auto code = static_cast<unsigned char>(c);
-        if (c == '"' || c == '\\')
-            result += std::string("\\") + c;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t n = utf8_character_n(text, at);
+        const auto code = static_cast<unsigned char>(text[at]);
+        if (n == 0)
+            result += "\xef\xbf\xbd";
+        else if (code == '"' || code == '\\')
+            result += std::string("\\") + text[at];
         else if (code < 0x20)
             result += std::string("\\u00") + hex[code >> 4] + hex[code & 15];
         else
-            result += c;
+            result += text.substr(at, n);
+        at += std::max<std::size_t>(n, 1);
     }
     return result + "\"";
 }

@@ -22,28 +22,43 @@ struct Input {
     fs::path stem;
 };
 
-std::vector<Input> list_inputs(const BatchOptions& options, const BatchCommand& command) {
+// Takes the inputs below a folder, in sorted order.
+void list_folder(const fs::path& folder, const BatchCommand& command, std::vector<Input>& inputs) {
+    const std::size_t before_n = inputs.size();
     const auto is_wanted = [&](const fs::path& path) {
         return command.reads_sound ? has_sound_ending(path.string()) : path.extension() == ".npy";
     };
+    std::error_code error;
+    fs::recursive_directory_iterator entry(folder, error);
+    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error))
+        if (entry->is_regular_file() && is_wanted(entry->path()))
+            inputs.push_back(
+                {entry->path(), entry->path().lexically_relative(folder).replace_extension()});
+    std::sort(inputs.begin() + static_cast<std::ptrdiff_t>(before_n), inputs.end(),
+              [](const Input& a, const Input& b) { return a.path < b.path; });
+    if (error)
+        throw Failure(Exit::input_failed, folder.string(), "cannot be listed: " + error.message(),
+                      "", "make the folder and those below it readable");
+    if (inputs.size() == before_n)
+        throw Failure(Exit::input_failed, folder.string(),
+                      std::string("holds no ") + (command.reads_sound ? "sound" : ".npy") + " file",
+                      "", "give a folder with recordings, or files by name");
+}
+
+// What cannot be listed goes to `failures`.
+std::vector<Input> list_inputs(const BatchOptions& options, const BatchCommand& command,
+                               std::vector<Failure>& failures) {
     std::vector<Input> inputs;
     for (const std::string& given : options.inputs) {
         if (!fs::is_directory(given)) {
             inputs.push_back({given, fs::path(given).stem()});
             continue;
         }
-        const std::size_t before_n = inputs.size();
-        for (const auto& entry : fs::recursive_directory_iterator(given))
-            if (entry.is_regular_file() && is_wanted(entry.path()))
-                inputs.push_back(
-                    {entry.path(), entry.path().lexically_relative(given).replace_extension()});
-        if (inputs.size() == before_n)
-            throw usage(
-                given,
-                std::string("holds no ") + (command.reads_sound ? "sound" : ".npy") + " file",
-                "give a folder with recordings, or files by name");
-        std::sort(inputs.begin() + static_cast<std::ptrdiff_t>(before_n), inputs.end(),
-                  [](const Input& a, const Input& b) { return a.path < b.path; });
+        try {
+            list_folder(given, command, inputs);
+        } catch (const Failure& failure) {
+            failures.push_back(failure);
+        }
     }
     return inputs;
 }
@@ -85,8 +100,8 @@ bool exists(const std::string& path) {
 
 Plan make_plan(const BatchOptions& options, const BatchCommand& command) {
     Plan plan;
-    const std::vector<Input> inputs = list_inputs(options, command);
-    plan.is_single = inputs.size() == 1 && !fs::is_directory(options.inputs.front()) &&
+    const std::vector<Input> inputs = list_inputs(options, command, plan.failures);
+    plan.is_single = options.inputs.size() == 1 && !fs::is_directory(options.inputs.front()) &&
                      !names_a_folder(options.output) && !names_a_folder(options.picture);
     if (options.force && options.skip_existing)
         throw usage("--force", "contradicts --skip-existing", "give one of them");

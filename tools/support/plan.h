@@ -9,8 +9,9 @@ namespace sorvo_tool {
 
 struct Plan {
     std::vector<Job> jobs;
-    std::size_t skipped_n = 0;  // jobs left out because their files exist
-    bool is_single = false;     // one input file, named outputs
+    std::vector<Failure> failures;  // folders without inputs
+    std::size_t skipped_n = 0;      // jobs left out because their files exist
+    bool is_single = false;         // one input file, named outputs
 };
 
 // An input folder stands for all its sound files (or .npy files), at any depth, in sorted order.

@@ -12,6 +12,7 @@
 
 #include "support/failure.h"
 #include "support/output_file.h"
+#include "support/text.h"
 
 namespace sorvo_tool {
 namespace {
@@ -114,10 +115,10 @@ Sound read_sound(const std::string& path) {
                 sound.channels[channel].push_back(block[i * channel_n + channel]);
     }
     if (sf_error(file.get()) != SF_ERR_NO_ERROR)
-        throw Failure(
-            Exit::input_failed, path,
-            "is damaged after " + std::to_string(sample_n) + " samples: " + sf_strerror(file.get()),
-            "", "mend or replace the file");
+        throw Failure(Exit::input_failed, path,
+                      "is damaged after " + counted(static_cast<std::size_t>(sample_n), "sample") +
+                          ": " + sf_strerror(file.get()),
+                      "", "mend or replace the file");
     if (sample_n == 0)
         throw Failure(Exit::input_failed, path, "holds no samples", "", "give a file with sound");
     return sound;
