@@ -66,12 +66,10 @@ def long_enough(name: str, array: Floats, frame_name: str, frame_n: int) -> None
     """Refuses a signal that is shorter than a frame, as there would be no result."""
     n = array.shape[-1]
     if n < frame_n:
-        raise ValueError(f"{name} has {n} samples; it must have at least {frame_name} = {frame_n}. Zeros at the "
-                         f"end make it a frame long: numpy.pad({name}, {_pad_width(array.ndim, frame_n - n)})")
-
-
-def _pad_width(ndim: int, n: int) -> str:
-    return f"(0, {n})" if ndim == 1 else "[" + "(0, 0), " * (ndim - 1) + f"(0, {n})]"
+        widths = "(0, 0), " * (array.ndim - 1) + f"(0, {frame_n - n})"
+        raise ValueError(
+            f"{name} has {n} samples; it must have at least {frame_name} = {frame_n}. Zeros at the end make it a "
+            f"frame long: numpy.pad({name}, {widths if array.ndim == 1 else '[' + widths + ']'})")
 
 
 def complex_(name: str, value: Any, minimum_ndim: int = 1) -> Complexes:

@@ -12,7 +12,8 @@ import numpy.typing as npt
 
 from . import native
 from ._arguments import apply, choice, coefficients, count, real
-from ._types import Floats, PadType, Reals
+from ._types import Floats, PadType, Reals, Tail
+from ._warnings import warn
 
 
 @overload
@@ -87,22 +88,40 @@ def filtfilt(b: npt.ArrayLike, a: npt.ArrayLike, x: Reals, *, padtype: PadType =
         x, 1, (n,))
 
 
-def resample(y: Reals, *, orig_sr: int, target_sr: int) -> Floats:
-    """Converts to another sample rate by windowed-sinc interpolation with 65 taps.
+def resample(y: Reals, *, orig_sr: int, target_sr: int, tail: Tail = "zeros") -> Floats:
+    """Converts the sample rate by a sinc of 65 taps; the last outputs are 0 by default (librosa: computed).
 
     y [..., samples] -> [..., ceil(target_sr / orig_sr * samples)]
 
-    Outputs later than half an input sample before the last input sample are 0; two zeros behind the source
-    get them. With target_sr / orig_sr = up / down in lowest terms and an even ``up``, everything lies
-    0.5 / up of an input sample early.
+    tail  "zeros": outputs later than half an input sample before the last input sample are 0; "same": they are
+          computed; "full": also what rings behind the end, so the length is that of samples + 32
+
+    With target_sr / orig_sr = up / down in lowest terms and an even ``up``, everything lies 0.5 / up of an
+    input sample early. Warns where orig_sr is more than 4 * target_sr: the filter is too short for that.
     """
     y = real("y", y)
-    orig_sr, target_sr = count("orig_sr", orig_sr), count("target_sr", target_sr)
+    orig_sr, target_sr = sample_rates(orig_sr, target_sr)
+    zero_n, ringing_n = tail_lengths(tail)
     n = y.shape[-1]
-    target_n = resample_count(n, orig_sr, target_sr)
+    target_n = resample_count(n + ringing_n, orig_sr, target_sr)
+    padded_n = count("the number of samples with the tail", n + zero_n)
+    y = np.pad(y, [(0, 0)] * (y.ndim - 1) + [(0, zero_n)]) if zero_n else y
     return apply(
-        lambda dst, src: native.sorvoAudioResample(dst, src, target_sr, target_n, orig_sr, n),
+        lambda dst, src: native.sorvoAudioResample(dst, src, target_sr, target_n, orig_sr, padded_n),
         y, 1, (target_n,))
+
+
+def sample_rates(orig_sr: int, target_sr: int) -> tuple[int, int]:
+    orig_sr, target_sr = count("orig_sr", orig_sr), count("target_sr", target_sr)
+    if orig_sr > 4 * target_sr:
+        warn(f"from {orig_sr} to {target_sr} Hz, 65 taps are too few: above 4 to 1, what lies above the new "
+             f"Nyquist frequency folds back. Convert in steps, the last one from {2 * target_sr} Hz")
+    return orig_sr, target_sr
+
+
+def tail_lengths(tail: Tail) -> tuple[int, int]:
+    """Zeros behind the source, and source samples by which the outputs outlast it."""
+    return choice("tail", tail, {"zeros": (0, 0), "same": (2, 0), "full": (33, 32)})
 
 
 def resample_count(n: int, orig_sr: int, target_sr: int) -> int:

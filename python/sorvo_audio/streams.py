@@ -17,8 +17,8 @@ import numpy.typing as npt
 from . import native
 from ._arguments import apply, coefficients, count, long_enough, number, real
 from ._framing import Framing, MelBands
-from ._types import Center, Floats, MelNorm, PadMode, Reals, SpectrumNorm, Window
-from .filters import lfilter, resample_count
+from ._types import Center, Floats, MelNorm, PadMode, Reals, SpectrumNorm, Tail, Window
+from .filters import lfilter, resample_count, sample_rates, tail_lengths
 
 Scalar = TypeVar("Scalar", bound=np.generic)
 
@@ -174,7 +174,7 @@ class MelStream(_FrameStream[np.float32]):
 
 
 class ResampleStream:
-    """`resample` in blocks, with its parameters.
+    """`resample` in blocks, with its parameters; the last outputs are 0 by default (librosa: computed).
 
     push(block [..., samples]), flush() -> [..., samples at target_sr]
 
@@ -183,8 +183,9 @@ class ResampleStream:
     input samples: give long blocks where ``up`` is large.
     """
 
-    def __init__(self, *, orig_sr: int, target_sr: int) -> None:
-        self._orig_sr, self._target_sr = count("orig_sr", orig_sr), count("target_sr", target_sr)
+    def __init__(self, *, orig_sr: int, target_sr: int, tail: Tail = "zeros") -> None:
+        self._orig_sr, self._target_sr = sample_rates(orig_sr, target_sr)
+        self._zero_n, self._ringing_n = tail_lengths(tail)
         divisor = gcd(self._orig_sr, self._target_sr)
         self._up, self._down = self._target_sr // divisor, self._orig_sr // divisor
         self._begin()
@@ -202,8 +203,11 @@ class ResampleStream:
         return result
 
     def flush(self) -> Floats:
-        sample_n = self._signal.sample_n
-        result = self._outputs(resample_count(sample_n, self._orig_sr, self._target_sr) if sample_n else 0)
+        sample_n, end = self._signal.sample_n, 0
+        if sample_n:
+            self._signal.append(np.zeros((*self._signal.batch, self._zero_n), np.float32))
+            end = resample_count(sample_n + self._ringing_n, self._orig_sr, self._target_sr)
+        result = self._outputs(end)
         self._begin()
         return result
 

@@ -111,6 +111,31 @@ class Values(unittest.TestCase):
         self.assertEqual(y.shape, (1334,))
         self.assert_near(y[50:-50], tone[::3][50:-50], 1e-3)
 
+    def test_tail_of_resample(self):
+        for orig_sr, target_sr in ((16, 48), (48, 16), (441, 160), (160, 441), (2, 1), (1, 2)):
+            x = noise(2, 211)
+            n = -(-211 * target_sr // orig_sr)
+            everything = sa.resample(np.pad(x, ((0, 0), (0, 200))), orig_sr=orig_sr, target_sr=target_sr)
+            zeros, same, full = (sa.resample(x, orig_sr=orig_sr, target_sr=target_sr, tail=tail)
+                                 for tail in ("zeros", "same", "full"))
+            self.assertEqual((zeros.shape, same.shape), ((2, n), (2, n)))
+            self.assertEqual(full.shape, (2, -(-243 * target_sr // orig_sr)))
+            computed = np.count_nonzero(zeros[0])
+            self.assertTrue((target_sr > orig_sr) <= n - computed < 2 + target_sr / orig_sr)
+            np.testing.assert_array_equal(zeros[:, :computed], same[:, :computed])
+            np.testing.assert_array_equal(same, everything[:, :n])
+            np.testing.assert_array_equal(full, everything[:, :full.shape[-1]])
+            self.assertFalse(everything[:, full.shape[-1]:].any())
+
+    def test_ratio_beyond_the_filter_is_told(self):
+        for call in (lambda: sa.resample(noise(99), orig_sr=65, target_sr=16),
+                     lambda: sa.ResampleStream(orig_sr=65, target_sr=16)):
+            with self.assertWarnsRegex(sa.SorvoAudioWarning, "65 to 16 Hz, .* the last one from 32 Hz"):
+                call()
+        with warnings.catch_warnings():
+            warnings.simplefilter("error")
+            sa.resample(noise(99), orig_sr=64, target_sr=16)
+
     def test_measures(self):
         powers = np.float32(10 ** RNG.uniform(-14, 4, (3, 50)))  # measured: 2e-5 at 170 dB
         for options in ({}, dict(ref=np.max), dict(ref=0.007, top_db=None), dict(ref=0, amin=1e-3, top_db=20),
@@ -163,6 +188,7 @@ class Errors(unittest.TestCase):
         cases = (
             (lambda: sa.stft(huge), ValueError, r"y.shape\[0\] is 2147483648; .* 1 to 2147483647"),
             (lambda: sa.log1p(huge.reshape(2, 2**30)), ValueError, "values of x is 2147483648; .* 1 to"),
+            (lambda: sa.resample(y, orig_sr=1, target_sr=2, tail=True), ValueError, "tail is True; .*'full'"),
             (lambda: sa.resample(y, orig_sr=1, target_sr=2**31 - 1), ValueError, "y has 4000 .* more"),
             (lambda: sa.stft(y, n_fft=2**31), ValueError, "n_fft is 2147483648; .* 1 to 2147483647"),
             (lambda: sa.stft(y, hop_length=0), ValueError, "hop_length is 0; .* from 1"),
