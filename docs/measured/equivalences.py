@@ -89,6 +89,9 @@ TABLES = {
          'filtfilt(b, a, y, padtype="even", padlen=50)'),
         ('scipy.signal.filtfilt(b, a, y, padtype="constant")', 'filtfilt(b, a, y, padtype="constant")'),
         ("scipy.signal.filtfilt(b, a, y, padtype=None)", "filtfilt(b, a, y, padtype=None)"),
+        ("scipy.signal.sosfilt(sos, y)", "sosfilt(sos, y)"),
+        ("scipy.signal.sosfilt_zi(sos)", "sosfilt_zi(sos)"),
+        ("scipy.signal.sosfiltfilt(sos, y)", "sosfiltfilt(sos, y)"),
         ("torchaudio.functional.lfilter(y, a, b, clamp=False)", "lfilter(b, a, y)"),
     ],
     "Sample rate: other filters, so not the same numbers": [
@@ -109,7 +112,8 @@ def names():
     """What the expressions may use: double precision for scipy, float32 for torch and for this package."""
     y = references.speech_like(22051)
     b, a = scipy.signal.butter(4, 0.2)
-    inputs = {"y": y, "b": np.float32(b), "a": np.float32(a), "zi": np.float32([0.1, -0.2, 0.3, 0.1]),
+    inputs = {"y": y, "b": np.float32(b), "a": np.float32(a), "sos": np.float32(scipy.signal.butter(8, 0.1, output="sos")),
+              "zi": np.float32([0.1, -0.2, 0.3, 0.1]),
               "Y": np.fft.fft(y).astype(np.complex64), "S": sorvo_audio.stft(y, n_fft=400, hop_length=160),
               "P": sorvo_audio.melspectrogram(y, sr=16000, n_fft=400, n_mels=80)}
     ours = {"n": len(y), "numpy": np, **inputs, **vars(sorvo_audio)}

@@ -4,7 +4,7 @@ Signals are [..., samples], spectrograms [..., bins, frames]; leading dimensions
 """
 from . import native, presets
 from ._warnings import SorvoAudioWarning
-from .filters import filtfilt, lfilter, lfilter_zi, resample
+from .filters import filtfilt, lfilter, lfilter_zi, resample, sosfilt, sosfilt_zi, sosfiltfilt
 from .measures import log1p, power_to_db, standardize, trim
 from .spectra import (fft, frame_count, get_window, ifft, istft, magphase, mel_filterbank,
                       melspectrogram, stft)
@@ -14,7 +14,7 @@ __version__ = "0.1.0"
 
 __all__ = [
     "fft", "ifft", "stft", "istft", "melspectrogram", "mel_filterbank", "magphase", "frame_count",
-    "get_window", "lfilter", "lfilter_zi", "filtfilt", "resample", "power_to_db", "log1p", "standardize",
-    "trim", "StftStream", "MelStream", "ResampleStream", "FilterStream",
+    "get_window", "lfilter", "lfilter_zi", "filtfilt", "sosfilt", "sosfilt_zi", "sosfiltfilt", "resample",
+    "power_to_db", "log1p", "standardize", "trim", "StftStream", "MelStream", "ResampleStream", "FilterStream",
     "presets", "native", "SorvoAudioWarning"
 ]

@@ -81,13 +81,13 @@ def complex_(name: str, value: Any, minimum_ndim: int = 1) -> Complexes:
     return _shaped(name, array, minimum_ndim, np.complex64)
 
 
-def coefficients(name: str, value: Any) -> Floats:
+def coefficients(name: str, value: Any) -> npt.NDArray[np.float64]:
     """Filter coefficients [n]; integers are welcome here."""
     array = np.asarray(value)
     if array.dtype.kind not in "iuf" or array.ndim > 1 or array.size == 0:
         raise ValueError(f"{name} has shape {array.shape} and dtype {array.dtype}; it must be a "
                          "non-empty sequence of real numbers")
-    return np.ascontiguousarray(array.reshape(-1), np.float32)
+    return np.asarray(array.reshape(-1), np.float64)
 
 
 def _shaped(name: str, array: npt.NDArray[Any], minimum_ndim: int, dtype: Any,

@@ -15,7 +15,8 @@ import numpy as np
 import numpy.typing as npt
 
 from . import native
-from ._arguments import apply, coefficients, count, long_enough, number, real
+from ._arguments import apply, count, long_enough, number, real
+from ._coefficients import polynomials
 from ._framing import Framing, MelBands
 from ._types import Center, Floats, MelNorm, PadMode, Reals, SpectrumNorm, Tail, Window
 from .filters import lfilter, resample_count, sample_rates, tail_lengths
@@ -244,7 +245,7 @@ class FilterStream:
     """
 
     def __init__(self, b: npt.ArrayLike, a: npt.ArrayLike, *, zi: Any = None) -> None:
-        self._b, self._a = coefficients("b", b), coefficients("a", a)
+        self._b, self._a = polynomials(b, a)
         self._start = zi
         self._state: Floats | None = None
 

@@ -104,6 +104,52 @@ class Values(unittest.TestCase):
             for actual, expected in zip(sa.lfilter(b, a, x, zi=zi), scipy_signal.lfilter(b, a, x, zi=zi)):
                 self.assert_near(actual, expected, 1e-6)
         self.assertEqual(sa.lfilter_zi([1], [2]).shape, (0,))
+        for design in (dict(N=4, Wn=0.1), dict(N=5, Wn=[0.2, 0.4], btype="bandstop"), dict(N=1, Wn=0.3)):
+            sos, x = scipy_signal.butter(output="sos", **design), noise(2, 300) + np.float32(1)
+            self.assert_near(sa.sosfilt(sos, x), scipy_signal.sosfilt(sos, x), 4e-6)  # measured: 1e-6
+            self.assert_near(sa.sosfilt_zi(sos), scipy_signal.sosfilt_zi(sos), 4e-6)
+            zi = noise(len(sos), 2, 2)
+            for actual, expected in zip(sa.sosfilt(sos, x, zi=zi), scipy_signal.sosfilt(sos, x, zi=zi)):
+                self.assert_near(actual, expected, 4e-6)
+            for options in (dict(padtype="odd"), dict(padtype="even"), dict(padtype="constant", padlen=7),
+                            dict(padtype=None), dict(padlen=0)):
+                self.assert_near(sa.sosfiltfilt(sos, x, **options),
+                                 scipy_signal.sosfiltfilt(sos, x, **options), 4e-6)
+
+    def test_filters_that_float32_spoils_are_told(self):
+        def low_pass(order, cutoff):
+            """Butterworth's, as one filter and as sections."""
+            w = np.pi * cutoff
+            sos = []
+            for k in range(order // 2):
+                alpha = np.sin(w) * np.cos(np.pi * (2 * k + 1) / (2 * order))
+                sos.append(np.r_[np.array([0.5, 1, 0.5]) * (1 - np.cos(w)), 1 + alpha, -2 * np.cos(w), 1 - alpha])
+                sos[-1] /= 1 + alpha
+            b = a = np.ones(1)
+            for row in sos:
+                b, a = np.convolve(b, row[:3]), np.convolve(a, row[3:])
+            return b, a, np.array(sos)
+
+        x = np.ones(20000, np.float32)
+        for order, cutoff, message in ((4, 0.005, r"22\d% off: .*sosfilt"), (8, 0.1, "4% off: .*sosfilt"),
+                                       (6, 0.02, "unstable: .*sosfilt"), (8, 0.02, "unstable: .*sosfilt"),
+                                       (2, 0.0002, "5% off: filter at a lower")):
+            b, a, sos = low_pass(order, cutoff)
+            for call in (lambda: sa.lfilter(b, a, x[:9]), lambda: sa.filtfilt(b, a, x),
+                         lambda: sa.FilterStream(b, a)):
+                with self.assertWarnsRegex(sa.SorvoAudioWarning, message) as caught:
+                    call()
+                self.assertEqual(caught.filename, __file__)
+            if order > 2:
+                with warnings.catch_warnings():
+                    warnings.simplefilter("error")
+                    self.assertLess(abs(sa.sosfilt(sos, x)[-1] - 1), 1e-3)
+        with self.assertWarnsRegex(sa.SorvoAudioWarning, "5% off"):
+            sa.sosfilt(sos, x)
+        with warnings.catch_warnings():  # harmless roundings, and designs that are not stable themselves
+            warnings.simplefilter("error")
+            for b, a in (low_pass(4, 0.05)[:2], ([1], [1, -1]), ([1], [1, -2.1, 1.3]), (noise(50) / 3.0, [0.7])):
+                sa.lfilter(b, a, x[:9])
 
     def test_resample(self):  # measured: 3e-4 of a tone at a tenth of the rate
         tone = np.sin(0.2 * np.pi * np.arange(4000))
@@ -170,6 +216,7 @@ class Values(unittest.TestCase):
                             (lambda x: sa.stft(x, n_fft=64, power=1), y), (sa.istft, spectrum),
                             (lambda x: sa.melspectrogram(x, sr=8000, n_fft=64, n_mels=8), y),
                             (lambda x: sa.lfilter(b, a, x), y), (lambda x: sa.filtfilt(b, a, x), y),
+                            (lambda x: sa.sosfiltfilt([[0.5, 0.5, 0, 1, -0.3, 0]] * 2, x), y),
                             (lambda x: sa.resample(x, orig_sr=3, target_sr=2), y),
                             (lambda x: sa.standardize(x, axis=-1), y)):
             whole = function(x)
@@ -212,6 +259,10 @@ class Errors(unittest.TestCase):
             (lambda: sa.fft(1.0), ValueError, "x has shape .* at least 1 dimension"),
             (lambda: sa.filtfilt([1], [1], y[:3]), ValueError, "padlen is 3; .* less than the 3 samples"),
             (lambda: sa.lfilter([1, 2], [1], y, zi=[1, 2]), ValueError, r"zi has shape \(2,\); .* \(1,\)"),
+            (lambda: sa.sosfilt(np.zeros((2, 5)), y), ValueError, r"sos has shape \(2, 5\)"),
+            (lambda: sa.sosfilt([[1, 0, 0, 2, 0, 0]], y), ValueError, r"sos\[:, 3\] is \[2\]; .* must be 1"),
+            (lambda: sa.sosfilt([[1, 0, 0, 1, 0, 0]], y, zi=[1, 2]), ValueError, r"zi has .* \(1, 2\)"),
+            (lambda: sa.sosfiltfilt([[1, 0, 1, 1, 0, 0]], y[:9]), ValueError, "padlen is 9; .* the 9 samples"),
             (lambda: sa.lfilter([], [1], y), ValueError, r"b has shape \(0,\)"),
             (lambda: sa.power_to_db(y, ref="mean"), ValueError, "ref is 'mean'; .* \"max\" or a function"),
             (lambda: sa.power_to_db(y, ref=[1, 2]), TypeError, r"ref is \[1, 2\]; it must be a number"),
