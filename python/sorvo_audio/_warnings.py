@@ -12,6 +12,6 @@ class SorvoAudioWarning(RuntimeWarning):
 def warn(message: str) -> None:
     """Warns at the line outside of the package that led here."""
     level, frame = 1, sys._getframe()
-    while frame.f_back and frame.f_globals["__name__"].startswith(f"{__package__}."):
+    while frame.f_back and frame.f_globals.get("__name__", "").startswith(f"{__package__}."):
         level, frame = level + 1, frame.f_back
     warnings.warn(message, SorvoAudioWarning, stacklevel=level)
