@@ -64,7 +64,7 @@ std::vector<double> measure(std::vector<Contender>& contenders) {
     return medians;
 }
 
-std::unique_ptr<fft::FFTImpl> make_plan(unsigned n, CpuLevel level) {
+std::unique_ptr<fft::FFTImpl> make_plan(unsigned n, SimdLevel level) {
     if (fft::is_power_of_two(n)) return std::make_unique<fft::FFT2Impl>(n, level);
     if (fft::sieve_primes(n)[n]) return std::make_unique<fft::BluesteinFFTImpl>(n, level);
     return std::make_unique<fft::CooleyTukeyFFTImpl>(n, level);
@@ -100,8 +100,8 @@ void compare(unsigned n) {
                           }});
     constexpr std::size_t peer_n = 3;
     const char* const level_names[] = {"baseline", "avx2", "avx512"};
-    for (int level = static_cast<int>(cpu_level()); level >= 0; --level) {
-        const std::shared_ptr<fft::FFTImpl> engine = make_plan(n, static_cast<CpuLevel>(level));
+    for (int level = static_cast<int>(simd_level()); level >= 0; --level) {
+        const std::shared_ptr<fft::FFTImpl> engine = make_plan(n, static_cast<SimdLevel>(level));
         contenders.push_back({level_names[level], [&in, &out, engine] {
                                   engine->exec(reinterpret_cast<std::complex<float>*>(in.get()),
                                                reinterpret_cast<std::complex<float>*>(out.get()));

@@ -12,7 +12,7 @@
 #include <cstring>
 #include <vector>
 
-#include "elementwise/power.h"
+#include "math/power.h"
 
 using namespace sorvo::audio;
 
@@ -42,8 +42,8 @@ std::uint64_t differences(float exponent) {
             expected[i] = ::powf(x[i], exponent);
             not_root_n += bits_of(expected[i]) != bits_of(::sqrtf(x[i])) && x[i] > 0.0F ? 1U : 0U;
         }
-        for (const CpuLevel level : all_cpu_levels) {
-            if (!cpu_supports(level)) {
+        for (const SimdLevel level : all_simd_levels()) {
+            if (!is_supported(level)) {
                 continue;
             }
             raise_to_power(got.data(), x.data(), chunk_n, exponent, level);

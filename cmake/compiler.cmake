@@ -29,14 +29,3 @@ if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
         -fstack-protector-strong
         "$<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
 endif()
-
-# Kernels are compiled once per processor level (src/util/cpu.h): <name>_baseline.cpp, <name>_avx2.cpp
-# and <name>_avx512.cpp include one source, and the last two get the instructions of their level.
-function(sorvo_add_kernels name)
-    target_sources(sorvo_audio_objects PRIVATE
-        ${name}.cpp ${name}_baseline.cpp ${name}_avx2.cpp ${name}_avx512.cpp)
-    set_source_files_properties(${name}_avx2.cpp TARGET_DIRECTORY sorvo_audio_objects
-        PROPERTIES COMPILE_OPTIONS "-mavx2;-mfma")
-    set_source_files_properties(${name}_avx512.cpp TARGET_DIRECTORY sorvo_audio_objects
-        PROPERTIES COMPILE_OPTIONS "-mavx512f;-mavx512bw;-mavx512dq;-mavx512vl")
-endfunction()

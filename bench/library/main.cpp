@@ -14,19 +14,19 @@
 
 #include "rows.h"
 #include "signals.h"
-#include "util/cpu.h"
+#include "simd/level.h"
 
-using sorvo::audio::CpuLevel;
+using sorvo::audio::SimdLevel;
 
 namespace {
 
-CpuLevel forced_level = CpuLevel::baseline;
+SimdLevel forced_level = SimdLevel::sse2;
 
 }  // namespace
 
-// The linker directs the library's calls of cpu_level() here.
-CpuLevel level_for_kernels() asm("__wrap__ZN5sorvo5audio9cpu_levelEv");
-CpuLevel level_for_kernels() {
+// The linker directs the library's calls of simd_level() here.
+SimdLevel level_for_kernels() asm("__wrap__ZN5sorvo5audio10simd_levelEv");
+SimdLevel level_for_kernels() {
     return forced_level;
 }
 
@@ -34,22 +34,22 @@ namespace {
 
 using namespace sorvo::bench;
 
-const char* level_name(CpuLevel level) {
+const char* level_name(SimdLevel level) {
     switch (level) {
-        case CpuLevel::avx512:
+        case SimdLevel::avx512:
             return "avx512";
-        case CpuLevel::avx2:
+        case SimdLevel::avx2:
             return "avx2";
-        case CpuLevel::baseline:
+        case SimdLevel::sse2:
             break;
     }
     return "baseline";
 }
 
-CpuLevel highest_level() {
-    CpuLevel highest = CpuLevel::baseline;
-    for (const CpuLevel level : sorvo::audio::all_cpu_levels) {
-        if (sorvo::audio::cpu_supports(level)) highest = level;
+SimdLevel highest_level() {
+    SimdLevel highest = SimdLevel::sse2;
+    for (const SimdLevel level : sorvo::audio::all_simd_levels()) {
+        if (sorvo::audio::is_supported(level)) highest = level;
     }
     return highest;
 }
@@ -109,7 +109,8 @@ bool outputs_agree(const Row& row, float* dst) {
     return agree;
 }
 
-void register_variant(const std::string& name, CpuLevel level, const Variant& variant, float* dst) {
+void register_variant(const std::string& name, SimdLevel level, const Variant& variant,
+                      float* dst) {
     benchmark::RegisterBenchmark(name.c_str(), [level, &variant, dst](benchmark::State& state) {
         forced_level = level;
         variant.run(dst);  // tables are built, caches warm
@@ -129,8 +130,8 @@ bool run_row(const RowMaker& maker, Collector& collector) {
     for (const Variant& variant : row.variants) {
         const std::string name = maker.name + "/" + variant.name;
         if (variant.name == "ours") {
-            for (const CpuLevel level : sorvo::audio::all_cpu_levels) {
-                if (sorvo::audio::cpu_supports(level)) {
+            for (const SimdLevel level : sorvo::audio::all_simd_levels()) {
+                if (sorvo::audio::is_supported(level)) {
                     register_variant(name + ":" + level_name(level), level, variant, dst.get());
                 }
             }

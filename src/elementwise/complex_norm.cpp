@@ -6,7 +6,7 @@
 #include <complex>
 #include <cstddef>
 
-#include "elementwise/power.h"
+#include "math/power.h"
 
 namespace sorvo::audio {
 namespace {

@@ -4,16 +4,17 @@
 #include "fft/fft_plan.h"
 #include "fft/lane_fft_general.inl"
 #include "fft/lane_groups.inl"
-#include "util/lanes.inl"
+#include "simd/complex.h"
+#include "simd/shuffle.h"
 
-namespace sorvo::audio {
+namespace sorvo::audio::SORVO_LEVEL {
 namespace {
 
 /// Twiddles of lane_n columns, in the order of the arithmetic.
 struct RowTwiddles {
     const float* at;
 
-    SORVO_INLINE Complex operator[](std::size_t i) const {
+    SORVO_INLINE ComplexVec operator[](std::size_t i) const {
         return load_group(at + 2 * i * group_n);
     }
 };
@@ -26,14 +27,14 @@ struct Columns {
     static constexpr std::size_t fixed_factor = factor;
 
     template <class Get, class Put>
-    SORVO_INLINE static void join(std::size_t /*factor*/, RowTwiddles w, Pack* /*scratch*/, Get get,
-                                  Put put) {
-        Complex y[factor];
+    SORVO_INLINE static void join(std::size_t /*factor*/, RowTwiddles w, FloatVec* /*scratch*/,
+                                  Get get, Put put) {
+        ComplexVec y[factor];
         for (std::size_t s = 0; s < factor; ++s) {
             y[s] = get(s);
         }
         for (std::size_t u = 0; u < factor; ++u) {
-            Complex sum = y[0];
+            ComplexVec sum = y[0];
             for (std::size_t s = 1; s < factor; ++s) {
                 add_product(sum, w[u * (factor - 1) + s - 1], y[s]);
             }
@@ -42,7 +43,7 @@ struct Columns {
     }
 };
 
-SORVO_INLINE Complex plus_product(Complex a, Complex w, Complex b) {
+SORVO_INLINE ComplexVec plus_product(ComplexVec a, ComplexVec w, ComplexVec b) {
     add_product(a, w, b);
     return a;
 }
@@ -52,15 +53,15 @@ struct Columns<fused_twos> {
     static constexpr std::size_t fixed_factor = fused_twos;
 
     template <class Get, class Put>
-    SORVO_INLINE static void join(std::size_t /*factor*/, RowTwiddles w, Pack* /*scratch*/, Get get,
-                                  Put put) {
-        const Complex y[4] = {get(0), get(1), get(2), get(3)};
-        const Complex a = plus_product(y[0], w[0], y[1]);
-        const Complex b = plus_product(y[2], w[0], y[3]);
+    SORVO_INLINE static void join(std::size_t /*factor*/, RowTwiddles w, FloatVec* /*scratch*/,
+                                  Get get, Put put) {
+        const ComplexVec y[4] = {get(0), get(1), get(2), get(3)};
+        const ComplexVec a = plus_product(y[0], w[0], y[1]);
+        const ComplexVec b = plus_product(y[2], w[0], y[3]);
         put(0, plus_product(a, w[2], b));
         put(2, plus_product(a, w[3], b));
-        const Complex c = plus_product(y[0], w[1], y[1]);
-        const Complex d = plus_product(y[2], w[1], y[3]);
+        const ComplexVec c = plus_product(y[0], w[1], y[1]);
+        const ComplexVec d = plus_product(y[2], w[1], y[3]);
         put(1, plus_product(c, w[4], d));
         put(3, plus_product(c, w[5], d));
     }
@@ -72,15 +73,15 @@ struct Columns<any_factor> {
     static constexpr std::size_t fixed_factor = any_factor;
 
     template <class Get, class Put>
-    SORVO_INLINE static void join(std::size_t factor, RowTwiddles w, Pack* scratch, Get get,
+    SORVO_INLINE static void join(std::size_t factor, RowTwiddles w, FloatVec* scratch, Get get,
                                   Put put) {
         for (std::size_t s = 0; s < factor; ++s) {
-            store(scratch, s, get(s));
+            store_complex(scratch, s, get(s));
         }
         for (std::size_t u = 0; u < factor; ++u) {
-            Complex sum = load(scratch, 0);
+            ComplexVec sum = load_complex(scratch, 0);
             for (std::size_t s = 1; s < factor; ++s) {
-                add_product(sum, w[u * (factor - 1) + s - 1], load(scratch, s));
+                add_product(sum, w[u * (factor - 1) + s - 1], load_complex(scratch, s));
             }
             put(u, sum);
         }
@@ -112,4 +113,4 @@ SORVO_INLINE void with_columns(std::size_t factor, Body body) {
 }
 
 }  // namespace
-}  // namespace sorvo::audio
+}  // namespace sorvo::audio::SORVO_LEVEL

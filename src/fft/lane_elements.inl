@@ -2,31 +2,31 @@
 #pragma once
 
 #include "fft/lane_fft_general.inl"
-#include "fft/lane_moves.inl"
-#include "util/lanes.inl"
+#include "simd/complex.h"
+#include "simd/shuffle.h"
 
-namespace sorvo::audio {
+namespace sorvo::audio::SORVO_LEVEL {
 namespace {
 
-SORVO_INLINE Pack load_element(const float* src, const Pack*) {
+SORVO_INLINE FloatVec load_element(const float* src, const FloatVec*) {
     return load(src);
 }
 
-SORVO_INLINE Complex load_element(const float* src, const Complex*) {
-    Complex value;
-    separate(value.re, value.im, load(src), load(src + lane_n));
+SORVO_INLINE ComplexVec load_element(const float* src, const ComplexVec*) {
+    ComplexVec value;
+    unzip(value.re, value.im, load(src), load(src + lane_n));
     return value;
 }
 
-SORVO_INLINE Pack broadcast_element(const float* src, const Pack*) {
+SORVO_INLINE FloatVec broadcast_element(const float* src, const FloatVec*) {
     return broadcast(src[0]);
 }
 
-SORVO_INLINE Complex broadcast_element(const float* src, const Complex*) {
+SORVO_INLINE ComplexVec broadcast_element(const float* src, const ComplexVec*) {
     return {broadcast(src[0]), broadcast(src[1])};
 }
 
-/// The input: real (Pack) or complex elements, in memory one after the other.
+/// The input: real (FloatVec) or complex elements, in memory one after the other.
 template <class T>
 class Elements {
   public:
@@ -36,7 +36,7 @@ class Elements {
     Elements(const float* src, std::size_t n, float* tail)
         : src_(src), tail_(tail), tail_start_(n < lane_n ? 0 : n - lane_n) {
         for (std::size_t i = 0; i < 2 * float_n; ++i) {
-            store(tail + i * lane_n, Pack{});
+            store(tail + i * lane_n, FloatVec{});
         }
         if (n >= lane_n) {
             for (std::size_t i = 0; i < float_n; ++i) {
@@ -80,59 +80,22 @@ struct ResidueInput {
     SORVO_INLINE Value operator()(std::size_t i) const { return elements.run(first + i); }
 };
 
-/// An order of lanes: lane i of the result of in_order() is lane order[i] of x.
-#if defined(__AVX512F__)
-
-using LaneOrder = __m512i;
-
-SORVO_INLINE LaneOrder load_order(const std::uint32_t* order) {
-    return _mm512_loadu_si512(order);
-}
-
-SORVO_INLINE Pack in_order(Pack x, LaneOrder order) {
-    return _mm512_permutexvar_ps(order, x);
-}
-
-#elif defined(__AVX2__)
-
-using LaneOrder = __m256i;
-
-SORVO_INLINE LaneOrder load_order(const std::uint32_t* order) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(order));
-}
-
-SORVO_INLINE Pack in_order(Pack x, LaneOrder order) {
-    return _mm256_permutevar8x32_ps(x, order);
-}
-
-#else
-
-using LaneOrder = const std::uint32_t*;
-
-SORVO_INLINE LaneOrder load_order(const std::uint32_t* order) {
-    return order;
-}
-
-SORVO_INLINE Pack in_order(Pack x, LaneOrder order) {
-    return Pack{x[order[0]], x[order[1]], x[order[2]], x[order[3]]};
-}
-
-#endif
-
-SORVO_INLINE Complex in_order(Complex x, LaneOrder order) {
-    return {in_order(x.re, order), in_order(x.im, order)};
-}
-
 /// The input of the transforms of all residues, in the order of their rows.
 template <class T>
 struct RowInput {
     using Value = T;
 
     const Elements<T>& elements;
-    LaneOrder order;
+    const std::uint32_t* order;
 
-    SORVO_INLINE Value operator()(std::size_t i) const { return in_order(elements.run(i), order); }
+    SORVO_INLINE Value operator()(std::size_t i) const { return in_order(elements.run(i)); }
+
+  private:
+    SORVO_INLINE FloatVec in_order(FloatVec x) const { return permute(x, order); }
+    SORVO_INLINE ComplexVec in_order(ComplexVec x) const {
+        return {permute(x.re, order), permute(x.im, order)};
+    }
 };
 
 }  // namespace
-}  // namespace sorvo::audio
+}  // namespace sorvo::audio::SORVO_LEVEL

@@ -7,37 +7,43 @@
 #pragma once
 
 #include "fft/fft_plan.h"
-#include "util/lanes.inl"
+#include "simd/complex.h"
+#include "simd/shuffle.h"
 
-namespace sorvo::audio {
+namespace sorvo::audio::SORVO_LEVEL {
 namespace {
+
+/// t times the twiddle at w.
+SORVO_INLINE ComplexVec multiply(ComplexVec t, const float* w) {
+    return Complex<float>{w[0], w[1]} * t;
+}
 
 /// a - i b (forward) or a + i b.
 template <bool inverse>
-SORVO_INLINE Complex turn_back(Complex a, Complex b) {
-    return inverse ? Complex{a.re - b.im, a.im + b.re} : Complex{a.re + b.im, a.im - b.re};
+SORVO_INLINE ComplexVec turn_back(ComplexVec a, ComplexVec b) {
+    return inverse ? ComplexVec{a.re - b.im, a.im + b.re} : ComplexVec{a.re + b.im, a.im - b.re};
 }
 
 template <bool inverse, bool multiplied>
-SORVO_INLINE void radix4_column(Pack* x, std::size_t quarter, std::size_t k, const float* w) {
-    const Complex a = load(x, k);
-    const Complex b = load(x, k + quarter);
-    const Complex c = load(x, k + 2 * quarter);
-    const Complex d = load(x, k + 3 * quarter);
-    const Complex ac = a + c;
-    const Complex bd = b + d;
-    const Complex a_c = a - c;
-    const Complex b_d = b - d;
-    const Complex t1 = turn_back<inverse>(a_c, b_d);
-    const Complex t3 = turn_back<!inverse>(a_c, b_d);
-    store(x, k, ac + bd);
-    store(x, k + quarter, multiplied ? multiply(ac - bd, w + 2) : ac - bd);
-    store(x, k + 2 * quarter, multiplied ? multiply(t1, w) : t1);
-    store(x, k + 3 * quarter, multiplied ? multiply(t3, w + 4) : t3);
+SORVO_INLINE void radix4_column(FloatVec* x, std::size_t quarter, std::size_t k, const float* w) {
+    const ComplexVec a = load_complex(x, k);
+    const ComplexVec b = load_complex(x, k + quarter);
+    const ComplexVec c = load_complex(x, k + 2 * quarter);
+    const ComplexVec d = load_complex(x, k + 3 * quarter);
+    const ComplexVec ac = a + c;
+    const ComplexVec bd = b + d;
+    const ComplexVec a_c = a - c;
+    const ComplexVec b_d = b - d;
+    const ComplexVec t1 = turn_back<inverse>(a_c, b_d);
+    const ComplexVec t3 = turn_back<!inverse>(a_c, b_d);
+    store_complex(x, k, ac + bd);
+    store_complex(x, k + quarter, multiplied ? multiply(ac - bd, w + 2) : ac - bd);
+    store_complex(x, k + 2 * quarter, multiplied ? multiply(t1, w) : t1);
+    store_complex(x, k + 3 * quarter, multiplied ? multiply(t3, w + 4) : t3);
 }
 
 template <bool inverse, bool exact_zeros>
-[[gnu::noinline]] void radix4_stage(Pack* x, std::size_t quarter, const float* twiddles) {
+[[gnu::noinline]] void radix4_stage(FloatVec* x, std::size_t quarter, const float* twiddles) {
     radix4_column<inverse, exact_zeros>(x, quarter, 0, twiddles);
     for (std::size_t k = 1; k < quarter; ++k) {
         radix4_column<inverse, true>(x, quarter, k, twiddles + 6 * k);
@@ -47,45 +53,45 @@ template <bool inverse, bool exact_zeros>
 /// The stage on real data, of which input(i) is element i. Block 0 becomes real data again, in the
 /// even packs; the others become complex. As if with exact_zeros off.
 template <class Input>
-SORVO_INLINE void real_radix4_stage(Pack* x, std::size_t quarter, const float* twiddles,
+SORVO_INLINE void real_radix4_stage(FloatVec* x, std::size_t quarter, const float* twiddles,
                                     Input input) {
     for (std::size_t k = 0; k < quarter; ++k) {
         const float* const w = twiddles + 6 * k;
-        const Pack a = input(k);
-        const Pack b = input(k + quarter);
-        const Pack c = input(k + 2 * quarter);
-        const Pack d = input(k + 3 * quarter);
-        const Pack ac = a + c;
-        const Pack bd = b + d;
-        const Pack a_c = a - c;
-        const Pack b_d = b - d;
+        const FloatVec a = input(k);
+        const FloatVec b = input(k + quarter);
+        const FloatVec c = input(k + 2 * quarter);
+        const FloatVec d = input(k + 3 * quarter);
+        const FloatVec ac = a + c;
+        const FloatVec bd = b + d;
+        const FloatVec a_c = a - c;
+        const FloatVec b_d = b - d;
         x[2 * k] = ac + bd;
-        const Pack difference = ac - bd;
-        store(x, k + quarter, {w[2] * difference, w[3] * difference});
-        store(x, k + 2 * quarter, {w[0] * a_c + w[1] * b_d, w[1] * a_c - w[0] * b_d});
-        store(x, k + 3 * quarter, {w[4] * a_c - w[5] * b_d, w[5] * a_c + w[4] * b_d});
+        const FloatVec difference = ac - bd;
+        store_complex(x, k + quarter, {w[2] * difference, w[3] * difference});
+        store_complex(x, k + 2 * quarter, {w[0] * a_c + w[1] * b_d, w[1] * a_c - w[0] * b_d});
+        store_complex(x, k + 3 * quarter, {w[4] * a_c - w[5] * b_d, w[5] * a_c + w[4] * b_d});
     }
 }
 
 /// The last four elements of a transform whose log2 is even. Elements 0 and 2 are bins below n / 2;
 /// element 1 of the very first leaf is bin n / 2.
 template <bool inverse, bool exact_zeros, bool first, class Sink>
-SORVO_INLINE void leaf4(const Pack* x, const float* twiddles, std::size_t n, std::size_t bin,
+SORVO_INLINE void leaf4(const FloatVec* x, const float* twiddles, std::size_t n, std::size_t bin,
                         Sink sink) {
-    const Complex a = load(x, 0);
-    const Complex b = load(x, 1);
-    const Complex c = load(x, 2);
-    const Complex d = load(x, 3);
-    const Complex ac = a + c;
-    const Complex bd = b + d;
-    const Complex t1 = turn_back<inverse>(a - c, b - d);
+    const ComplexVec a = load_complex(x, 0);
+    const ComplexVec b = load_complex(x, 1);
+    const ComplexVec c = load_complex(x, 2);
+    const ComplexVec d = load_complex(x, 3);
+    const ComplexVec ac = a + c;
+    const ComplexVec bd = b + d;
+    const ComplexVec t1 = turn_back<inverse>(a - c, b - d);
     sink(bin, ac + bd);
     sink(bin + n / 4, exact_zeros ? multiply(t1, twiddles) : t1);
     if (first || Sink::all_bins) {
         sink(bin + n / 2, exact_zeros ? multiply(ac - bd, twiddles + 2) : ac - bd);
     }
     if (Sink::all_bins) {
-        const Complex t3 = turn_back<!inverse>(a - c, b - d);
+        const ComplexVec t3 = turn_back<!inverse>(a - c, b - d);
         sink(bin + n / 2 + n / 4, exact_zeros ? multiply(t3, twiddles + 4) : t3);
     }
 }
@@ -93,21 +99,21 @@ SORVO_INLINE void leaf4(const Pack* x, const float* twiddles, std::size_t n, std
 /// The last eight elements where log2(n) is odd: a radix-4 stage of two columns and the radix-2
 /// pass, of whose results only the sums (and the first difference) are bins up to n / 2.
 template <bool inverse, bool exact_zeros, bool first, class Sink>
-SORVO_INLINE void leaf8(const Pack* x, const float* twiddles, std::size_t n, std::size_t bin,
+SORVO_INLINE void leaf8(const FloatVec* x, const float* twiddles, std::size_t n, std::size_t bin,
                         Sink sink) {
-    Complex columns[2][4];
+    ComplexVec columns[2][4];
     for (std::size_t column = 0; column < 2; ++column) {
-        const Complex a = load(x, column);
-        const Complex b = load(x, column + 2);
-        const Complex c = load(x, column + 4);
-        const Complex d = load(x, column + 6);
-        const Complex ac = a + c;
-        const Complex bd = b + d;
-        const Complex t1 = turn_back<inverse>(a - c, b - d);
-        const Complex t3 = turn_back<!inverse>(a - c, b - d);
+        const ComplexVec a = load_complex(x, column);
+        const ComplexVec b = load_complex(x, column + 2);
+        const ComplexVec c = load_complex(x, column + 4);
+        const ComplexVec d = load_complex(x, column + 6);
+        const ComplexVec ac = a + c;
+        const ComplexVec bd = b + d;
+        const ComplexVec t1 = turn_back<inverse>(a - c, b - d);
+        const ComplexVec t3 = turn_back<!inverse>(a - c, b - d);
         const float* const w = twiddles + 6 * column;
         const bool multiplied = exact_zeros || column == 1;
-        Complex* const y = columns[column];
+        ComplexVec* const y = columns[column];
         y[0] = ac + bd;
         y[1] = multiplied ? multiply(ac - bd, w + 2) : ac - bd;
         y[2] = multiplied ? multiply(t1, w) : t1;
@@ -123,7 +129,7 @@ SORVO_INLINE void leaf8(const Pack* x, const float* twiddles, std::size_t n, std
 }
 
 template <bool inverse, bool exact_zeros, bool first, class Sink>
-SORVO_INLINE void leaf(const Pack* x, std::size_t span, const float* twiddles, std::size_t n,
+SORVO_INLINE void leaf(const FloatVec* x, std::size_t span, const float* twiddles, std::size_t n,
                        std::size_t bin, Sink sink) {
     if (span == 4) {
         leaf4<inverse, exact_zeros, first>(x, twiddles, n, bin, sink);
@@ -143,7 +149,7 @@ struct BlockBins {
 
 /// A block of `span` elements from `bin` on, down to the leaves; `first` is the block at element 0.
 template <bool inverse, bool exact_zeros, bool first, class Sink>
-[[gnu::noinline]] void block(Pack* x, std::size_t span, const float* twiddles, std::size_t n,
+[[gnu::noinline]] void block(FloatVec* x, std::size_t span, const float* twiddles, std::size_t n,
                              std::size_t bin, Sink sink) {
     if (span <= 8) {
         leaf<inverse, exact_zeros, first>(x, span, twiddles, n, bin, sink);
@@ -169,7 +175,7 @@ template <bool inverse, bool exact_zeros, bool first, class Sink>
 
 /// Bins 0 ... n / 2 of real data input(0 ... n - 1), n >= 16, without exact zeros.
 template <class Input, class Sink>
-void real_transform(Pack* x, const FftPlanView& plan, Input input, Sink sink) {
+void real_transform(FloatVec* x, const FftPlanView& plan, Input input, Sink sink) {
     const std::size_t n = plan.n;
     const float* twiddles = plan.twiddles;
     std::size_t span = n;
@@ -188,49 +194,46 @@ void real_transform(Pack* x, const FftPlanView& plan, Input input, Sink sink) {
         other_blocks(span / 4);
     }
     for (std::size_t i = 0; i < span; ++i) {
-        x[2 * i + 1] = Pack{};
+        x[2 * i + 1] = FloatVec{};
     }
     leaf<false, false, true>(x, span, twiddles, n, 0, sink);
 }
 
 /// The same bins with every zero as fft_pow2 makes it.
 template <class Input, class Sink>
-void exact_transform(Pack* x, const FftPlanView& plan, Input input, Sink sink) {
+void exact_transform(FloatVec* x, const FftPlanView& plan, Input input, Sink sink) {
     for (std::size_t i = 0; i < plan.n; ++i) {
-        store(x, i, {input(i), Pack{}});
+        store_complex(x, i, {input(i), FloatVec{}});
     }
     block<false, true, true>(x, plan.n, plan.twiddles, plan.n, 0, sink);
-}
-
-SORVO_INLINE Complex conjugate(Complex a) {
-    return {a.re, -a.im};
 }
 
 /// One inverse stage on the spectrum of real data, X[span - k] = conj(X[k]), of which x holds the
 /// elements 0 ... span / 2. The columns k and quarter - k have the same sums but for conjugation
 /// and turns, which are exact. Block 0 is such a spectrum again, the others are complex.
-SORVO_INLINE void hermitian_radix4_stage(Pack* x, std::size_t quarter, const float* twiddles) {
+SORVO_INLINE void hermitian_radix4_stage(FloatVec* x, std::size_t quarter, const float* twiddles) {
     const auto column = [=](std::size_t k, bool alone) {
-        const Complex a = load(x, k);
-        const Complex b = load(x, quarter + k);
-        const Complex c = k == 0 ? load(x, 2 * quarter) : conjugate(load(x, 2 * quarter - k));
-        const Complex d = conjugate(load(x, quarter - k));
-        const Complex ac = a + c;
-        const Complex bd = b + d;
-        const Complex difference = ac - bd;
-        const Complex t1 = turn_back<true>(a - c, b - d);
-        const Complex t3 = turn_back<false>(a - c, b - d);
+        const ComplexVec a = load_complex(x, k);
+        const ComplexVec b = load_complex(x, quarter + k);
+        const ComplexVec c =
+            k == 0 ? load_complex(x, 2 * quarter) : conjugate(load_complex(x, 2 * quarter - k));
+        const ComplexVec d = conjugate(load_complex(x, quarter - k));
+        const ComplexVec ac = a + c;
+        const ComplexVec bd = b + d;
+        const ComplexVec difference = ac - bd;
+        const ComplexVec t1 = turn_back<true>(a - c, b - d);
+        const ComplexVec t3 = turn_back<false>(a - c, b - d);
         const float* const w = twiddles + 6 * k;
-        store(x, k, ac + bd);
-        store(x, quarter + k, multiply(difference, w + 2));
-        store(x, 2 * quarter + k, multiply(t1, w));
-        store(x, 3 * quarter + k, multiply(t3, w + 4));
+        store_complex(x, k, ac + bd);
+        store_complex(x, quarter + k, multiply(difference, w + 2));
+        store_complex(x, 2 * quarter + k, multiply(t1, w));
+        store_complex(x, 3 * quarter + k, multiply(t3, w + 4));
         if (!alone) {
             const std::size_t other = quarter - k;
             const float* const v = twiddles + 6 * other;
-            store(x, quarter + other, multiply({-difference.re, difference.im}, v + 2));
-            store(x, 2 * quarter + other, multiply({-t1.im, -t1.re}, v));
-            store(x, 3 * quarter + other, multiply({t3.im, t3.re}, v + 4));
+            store_complex(x, quarter + other, multiply({-difference.re, difference.im}, v + 2));
+            store_complex(x, 2 * quarter + other, multiply({-t1.im, -t1.re}, v));
+            store_complex(x, 3 * quarter + other, multiply({t3.im, t3.re}, v + 4));
         }
     };
     column(0, true);
@@ -243,7 +246,7 @@ SORVO_INLINE void hermitian_radix4_stage(Pack* x, std::size_t quarter, const flo
 /// The inverse transform, without the division by n, of a spectrum of real data, n >= 16; x holds
 /// its bins 0 ... n / 2 and room for n.
 template <class Sink>
-void hermitian_transform(Pack* x, const FftPlanView& plan, Sink sink) {
+void hermitian_transform(FloatVec* x, const FftPlanView& plan, Sink sink) {
     const float* twiddles = plan.twiddles;
     std::size_t span = plan.n;
     while (span > 8) {
@@ -258,10 +261,10 @@ void hermitian_transform(Pack* x, const FftPlanView& plan, Sink sink) {
         }
     }
     for (std::size_t k = span / 2 + 1; k < span; ++k) {
-        store(x, k, conjugate(load(x, span - k)));
+        store_complex(x, k, conjugate(load_complex(x, span - k)));
     }
     leaf<true, false, true>(x, span, twiddles, plan.n, 0, sink);
 }
 
 }  // namespace
-}  // namespace sorvo::audio
+}  // namespace sorvo::audio::SORVO_LEVEL

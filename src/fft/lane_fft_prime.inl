@@ -4,21 +4,21 @@
 
 #include "fft/lane_elements.inl"
 #include "fft/lane_fft_general.inl"
-#include "fft/lane_moves.inl"
 #include "fft/single_plan.h"
-#include "util/lanes.inl"
+#include "simd/complex.h"
+#include "simd/shuffle.h"
 
-namespace sorvo::audio {
+namespace sorvo::audio::SORVO_LEVEL {
 namespace {
 
 /// pack_n packs of outputs of a direct transform of prime length, from the power `first` on;
 /// returns output 0. Input j = g^b adds to output g^a the product with the root to the power a + b.
 template <std::size_t pack_n, class T, class Input>
-SORVO_INLINE Complex sum_powers(Complex* sums, const SinglePlanView& single, std::size_t first,
-                                Input input) {
+SORVO_INLINE ComplexVec sum_powers(ComplexVec* sums, const SinglePlanView& single,
+                                   std::size_t first, Input input) {
     const float* const re = single.powers + first;
     const float* const im = re + single.power_n;
-    Complex zeroth = first_term(input(0));
+    ComplexVec zeroth = first_term(input(0));
     for (std::size_t i = 0; i < pack_n; ++i) {
         sums[i] = zeroth;
     }
@@ -26,7 +26,8 @@ SORVO_INLINE Complex sum_powers(Complex* sums, const SinglePlanView& single, std
         const T x = input(j);
         const std::size_t b = single.exponents[j - 1];
         for (std::size_t i = 0; i < pack_n; ++i) {
-            add_product(sums[i], Complex{load(re + b + i * lane_n), load(im + b + i * lane_n)}, x);
+            add_product(sums[i], ComplexVec{load(re + b + i * lane_n), load(im + b + i * lane_n)},
+                        x);
         }
         add(zeroth, x);
     }
@@ -34,12 +35,12 @@ SORVO_INLINE Complex sum_powers(Complex* sums, const SinglePlanView& single, std
 }
 
 template <std::size_t pack_n, class T, class Input, class Finish>
-[[gnu::noinline]] Complex store_powers(float* dst, const SinglePlanView& single, std::size_t first,
-                                       Input input, Finish finish) {
-    Complex sums[pack_n];
-    const Complex zeroth = sum_powers<pack_n, T>(sums, single, first, input);
+[[gnu::noinline]] ComplexVec store_powers(float* dst, const SinglePlanView& single,
+                                          std::size_t first, Input input, Finish finish) {
+    ComplexVec sums[pack_n];
+    const ComplexVec zeroth = sum_powers<pack_n, T>(sums, single, first, input);
     for (std::size_t i = 0; i < pack_n; ++i) {
-        const Complex value = finish(sums[i]);
+        const ComplexVec value = finish(sums[i]);
         store_interleaved(dst + 2 * (first + i * lane_n), value.re, value.im);
     }
     return finish(zeroth);
@@ -54,7 +55,7 @@ void direct_transform(const SinglePlanView& single, const Elements<T>& elements,
     const std::size_t pack_n = (single.part_n - 1 + lane_n - 1) / lane_n;
     constexpr std::size_t largest_group = 6;
     const std::size_t group_count = (pack_n + largest_group - 1) / largest_group;
-    Complex zeroth{};
+    ComplexVec zeroth{};
     std::size_t done = 0;
     for (std::size_t group = 0; group < group_count; ++group) {
         const std::size_t next = pack_n * (group + 1) / group_count;
@@ -88,4 +89,4 @@ void direct_transform(const SinglePlanView& single, const Elements<T>& elements,
 }
 
 }  // namespace
-}  // namespace sorvo::audio
+}  // namespace sorvo::audio::SORVO_LEVEL

@@ -22,46 +22,46 @@
 #include "fft/lane_fft_general.inl"
 #include "fft/lane_fft_prime.inl"
 #include "fft/lane_groups.inl"
-#include "fft/lane_moves.inl"
 #include "fft/single_kernels.h"
-#include "util/lanes.inl"
+#include "simd/complex.h"
+#include "simd/shuffle.h"
 
-namespace sorvo::audio {
+namespace sorvo::audio::SORVO_LEVEL {
 namespace {
 
 /// What becomes of a sum.
 struct Unscaled {
-    SORVO_INLINE Complex operator()(Complex sum) const { return sum; }
+    SORVO_INLINE ComplexVec operator()(ComplexVec sum) const { return sum; }
 };
 
 struct Divided {
-    Pack divisor;
+    FloatVec divisor;
 
-    SORVO_INLINE Complex operator()(Complex sum) const {
+    SORVO_INLINE ComplexVec operator()(ComplexVec sum) const {
         return {sum.re / divisor, sum.im / divisor};
     }
 };
 
 /// lane_n elements from element k on of four transforms in the lanes: the real (part 0) or
 /// imaginary parts of lane `lane` and the next ones.
-SORVO_INLINE void turn_rows(Pack* rows, const Pack* x, std::size_t k, std::size_t part,
+SORVO_INLINE void turn_rows(FloatVec* rows, const FloatVec* x, std::size_t k, std::size_t part,
                             std::size_t lane) {
     constexpr std::size_t hop = 2 * lane_n;
     const float* const from = reinterpret_cast<const float*>(x) + k * hop + part * lane_n + lane;
     for (std::size_t i = 0; i < 4; ++i) {
-        rows[i] = load_columns(from + i * hop, hop);
+        rows[i] = load_quarters(from + i * hop, 4 * hop);
     }
     transpose_quarters(rows[0], rows[1], rows[2], rows[3]);
 }
 
 /// The rows of the residues first, first + 1, ... from their transforms in the lanes.
-[[gnu::noinline]] void transpose_rows(float* rows, const SinglePlanView& single, const Pack* x,
+[[gnu::noinline]] void transpose_rows(float* rows, const SinglePlanView& single, const FloatVec* x,
                                       std::size_t first, std::size_t count) {
     for (std::size_t k = 0; k < single.part_n; k += lane_n) {
         for (std::size_t lane = 0; lane < lane_n; lane += 4) {
             for (std::size_t part = 0; part < 2; ++part) {
                 float* const to = rows + group_offset(k) + part * group_n;
-                Pack packs[4];
+                FloatVec packs[4];
                 turn_rows(packs, x, k, part, lane);
                 for (std::size_t i = 0; i < 4 && lane + i < count; ++i) {
                     store(to + single.rows[first + lane + i], packs[i]);
@@ -71,27 +71,27 @@ SORVO_INLINE void turn_rows(Pack* rows, const Pack* x, std::size_t k, std::size_
     }
 }
 
-void clear_padding(Pack* x, const SinglePlanView& single) {
+void clear_padding(FloatVec* x, const SinglePlanView& single) {
     for (std::size_t k = single.part_n; k < single.row_n; ++k) {
-        store(x, k, {Pack{}, Pack{}});
+        store_complex(x, k, {FloatVec{}, FloatVec{}});
     }
 }
 
 template <class T>
-void rows_in_lanes(const FftPlanView& plan, const Elements<T>& elements, Pack* work) {
+void rows_in_lanes(const FftPlanView& plan, const Elements<T>& elements, FloatVec* work) {
     const SinglePlanView& single = plan.single;
     clear_padding(work, single);
-    const RowInput<T> input{elements, load_order(single.lane_residues)};
+    const RowInput<T> input{elements, single.lane_residues};
     GeneralTransform<RowInput<T>>(plan, work + 2 * single.row_n, input)
         .run_inner(work, single.outer_n);
 }
 
 template <class T>
 void rows_by_residue(float* rows, const FftPlanView& plan, const Elements<T>& elements,
-                     Pack* work) {
+                     FloatVec* work) {
     const SinglePlanView& single = plan.single;
     const std::size_t row_count = single.row_count;
-    Pack* const scratch = work + 2 * single.row_n;
+    FloatVec* const scratch = work + 2 * single.row_n;
     clear_padding(work, single);
     for (std::size_t first = 0; first < row_count; first += lane_n) {
         const ResidueInput<T> input{elements, first};
@@ -117,11 +117,11 @@ void rows_directly(float* rows, const FftPlanView& plan, const Elements<T>& elem
 /// Where a block of a stage has its inputs from, for the columns k and on: get(s) is input s. Here
 /// from rows, where the outputs go too.
 struct StoredInputs {
-    SORVO_INLINE StoredInputs(const Pack* /*lanes*/, const float* x, std::size_t hop,
+    SORVO_INLINE StoredInputs(const FloatVec* /*lanes*/, const float* x, std::size_t hop,
                               std::size_t /*block*/, std::size_t /*k*/)
         : x_(x), hop_(hop) {}
 
-    SORVO_INLINE Complex operator()(std::size_t s) const { return load_group(x_ + s * hop_); }
+    SORVO_INLINE ComplexVec operator()(std::size_t s) const { return load_group(x_ + s * hop_); }
 
   private:
     const float* x_;
@@ -131,7 +131,7 @@ struct StoredInputs {
 /// From the lanes of rows_in_lanes(). What is read behind the last lane is not used.
 template <std::size_t factor>
 struct LaneInputs {
-    SORVO_INLINE LaneInputs(const Pack* lanes, const float* /*x*/, std::size_t /*hop*/,
+    SORVO_INLINE LaneInputs(const FloatVec* lanes, const float* /*x*/, std::size_t /*hop*/,
                             std::size_t block, std::size_t k) {
         for (std::size_t part = 0; part < 2; ++part) {
             for (std::size_t s = 0; s < factor; s += 4) {
@@ -140,10 +140,10 @@ struct LaneInputs {
         }
     }
 
-    SORVO_INLINE Complex operator()(std::size_t s) const { return {parts_[0][s], parts_[1][s]}; }
+    SORVO_INLINE ComplexVec operator()(std::size_t s) const { return {parts_[0][s], parts_[1][s]}; }
 
   private:
-    Pack parts_[2][(factor + 3) / 4 * 4];
+    FloatVec parts_[2][(factor + 3) / 4 * 4];
 };
 
 /// A type as a value.
@@ -154,7 +154,7 @@ struct Type {
 
 /// Calls body(Columns<factor>(), Type of its inputs); `lanes` is nullptr where they are rows.
 template <class Body>
-SORVO_INLINE void with_stage(const RowStage& stage, const Pack* lanes, Body body) {
+SORVO_INLINE void with_stage(const RowStage& stage, const FloatVec* lanes, Body body) {
     with_columns(stage.factor, [&](auto columns) {
         constexpr std::size_t factor = decltype(columns)::fixed_factor;
         if constexpr (factor != any_factor) {
@@ -186,14 +186,15 @@ SORVO_INLINE void for_columns(float* rows, const SinglePlanView& single, const R
 
 template <class StageColumns, class Inputs>
 [[gnu::noinline]] void join_rows(float* rows, const SinglePlanView& single, const RowStage& stage,
-                                 const Pack* lanes, Pack* scratch) {
+                                 const FloatVec* lanes, FloatVec* scratch) {
     const std::size_t hop = stage.hop;
     const auto join_columns = [&](std::size_t k, std::size_t /*rest*/, float* x,
                                   RowTwiddles w) SORVO_INLINE_BODY {
         for (std::size_t block = 0; block < stage.blocks; ++block) {
             const Inputs get(lanes, x, hop, block, k);
-            StageColumns::join(stage.factor, w, scratch, get,
-                               [=](std::size_t u, Complex sum) { store_group(x + u * hop, sum); });
+            StageColumns::join(stage.factor, w, scratch, get, [=](std::size_t u, ComplexVec sum) {
+                store_group(x + u * hop, sum);
+            });
             x += stage.factor * hop;
         }
     };
@@ -204,7 +205,7 @@ template <class StageColumns, class Inputs>
 /// row; only what would reach beyond the rows of an output is cut off.
 template <class StageColumns, class Inputs, class Finish>
 [[gnu::noinline]] void deliver_rows(float* dst, float* rows, const SinglePlanView& single,
-                                    const Pack* lanes, Pack* scratch, Finish finish) {
+                                    const FloatVec* lanes, FloatVec* scratch, Finish finish) {
     const RowStage& stage = single.stages[0];
     const std::size_t sub_n = stage.sub_n;
     const auto deliver_columns = [&](std::size_t k, std::size_t rest, const float* x,
@@ -212,14 +213,14 @@ template <class StageColumns, class Inputs, class Finish>
         float* const to = dst + 2 * k;
         const Inputs get(lanes, x, stage.hop, 0, k);
         if (k + lane_n <= sub_n) {
-            StageColumns::join(stage.factor, w, scratch, get, [=](std::size_t u, Complex sum) {
-                const Complex value = finish(sum);
+            StageColumns::join(stage.factor, w, scratch, get, [=](std::size_t u, ComplexVec sum) {
+                const ComplexVec value = finish(sum);
                 store_interleaved(to + 2 * u * sub_n, value.re, value.im);
             });
         } else {
             const std::size_t count = rest < lane_n ? rest : lane_n;
-            StageColumns::join(stage.factor, w, scratch, get, [=](std::size_t u, Complex sum) {
-                const Complex value = finish(sum);
+            StageColumns::join(stage.factor, w, scratch, get, [=](std::size_t u, ComplexVec sum) {
+                const ComplexVec value = finish(sum);
                 store_interleaved(to + 2 * u * sub_n, value.re, value.im, count);
             });
         }
@@ -243,8 +244,8 @@ SORVO_INLINE void single_general(float* dst, const float* src, const FftPlanView
     }
     float* const rows = work;
     work += 2 * single.row_count * single.row_n;
-    auto* const packs = reinterpret_cast<Pack*>(work);
-    const Pack* lanes = nullptr;
+    auto* const packs = reinterpret_cast<FloatVec*>(work);
+    const FloatVec* lanes = nullptr;
     if (single.powers != nullptr) {
         rows_directly(rows, plan, elements, work);
     } else if (single.lane_residues != nullptr && single.row_count <= lane_n) {
@@ -268,12 +269,13 @@ SORVO_INLINE void single_general(float* dst, const float* src, const FftPlanView
 }
 
 void single_real_general(float* dst, const float* src, const FftPlanView& plan, float* work) {
-    single_general<Pack>(dst, src, plan, work, Unscaled());
+    single_general<FloatVec>(dst, src, plan, work, Unscaled());
 }
 
 void single_inverse_general(float* dst, const float* src, const FftPlanView& plan, float* work) {
-    single_general<Complex>(dst, src, plan, work, Divided{broadcast(static_cast<float>(plan.n))});
+    single_general<ComplexVec>(dst, src, plan, work,
+                               Divided{broadcast(static_cast<float>(plan.n))});
 }
 
 }  // namespace
-}  // namespace sorvo::audio
+}  // namespace sorvo::audio::SORVO_LEVEL

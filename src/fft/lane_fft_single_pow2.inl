@@ -10,11 +10,11 @@
 #include "fft/fft_plan.h"
 #include "fft/lane_fft_pow2.inl"
 #include "fft/lane_groups.inl"
-#include "fft/lane_moves.inl"
 #include "fft/single_kernels.h"
-#include "util/lanes.inl"
+#include "simd/complex.h"
+#include "simd/shuffle.h"
 
-namespace sorvo::audio {
+namespace sorvo::audio::SORVO_LEVEL {
 namespace {
 
 /// The twiddles of lane_n columns of a stage.
@@ -24,9 +24,9 @@ struct ColumnTwiddles {
           w2(load_group(columns + 2 * group_n)),
           w3(load_group(columns + 4 * group_n)) {}
 
-    Complex w1;
-    Complex w2;
-    Complex w3;
+    ComplexVec w1;
+    ComplexVec w2;
+    ComplexVec w3;
 };
 
 /// Where they are in the twiddles of the stage.
@@ -34,7 +34,7 @@ SORVO_INLINE std::size_t column_offset(std::size_t k) {
     return 6 * (k - k % group_n) + k % group_n;
 }
 
-SORVO_INLINE Complex multiply(Complex t, const Complex& w) {
+SORVO_INLINE ComplexVec multiply(ComplexVec t, const ComplexVec& w) {
     return {w.re * t.re - w.im * t.im, w.re * t.im + w.im * t.re};
 }
 
@@ -47,12 +47,12 @@ template <bool inverse>
         const ColumnTwiddles w(columns + column_offset(k));
         float* at = x + 2 * begin + group_offset(k);
         for (std::size_t s = begin; s < n; s += span, at += 2 * span) {
-            const Complex a = load_group(at);
-            const Complex b = load_group(at + 2 * quarter);
-            const Complex c = load_group(at + 4 * quarter);
-            const Complex d = load_group(at + 6 * quarter);
-            const Complex ac = a + c;
-            const Complex bd = b + d;
+            const ComplexVec a = load_group(at);
+            const ComplexVec b = load_group(at + 2 * quarter);
+            const ComplexVec c = load_group(at + 4 * quarter);
+            const ComplexVec d = load_group(at + 6 * quarter);
+            const ComplexVec ac = a + c;
+            const ComplexVec bd = b + d;
             store_group(at, ac + bd);
             store_group(at + 2 * quarter, multiply(ac - bd, w.w2));
             store_group(at + 4 * quarter, multiply(turn_back<inverse>(a - c, b - d), w.w1));
@@ -66,20 +66,20 @@ template <bool inverse>
 template <class Input>
 SORVO_INLINE void single_real_stage(float* x, std::size_t span, const float* columns, Input input) {
     const std::size_t quarter = span / 4;
-    const Pack zero{};
+    const FloatVec zero{};
     for (std::size_t k = 0; k < quarter; k += lane_n) {
         const ColumnTwiddles w(columns + column_offset(k));
         float* const at = x + group_offset(k);
-        const Pack a = input(k);
-        const Pack b = input(k + quarter);
-        const Pack c = input(k + 2 * quarter);
-        const Pack d = input(k + 3 * quarter);
-        const Pack ac = a + c;
-        const Pack bd = b + d;
-        const Complex a_c = {a - c, zero};
-        const Complex b_d = {b - d, zero};
+        const FloatVec a = input(k);
+        const FloatVec b = input(k + quarter);
+        const FloatVec c = input(k + 2 * quarter);
+        const FloatVec d = input(k + 3 * quarter);
+        const FloatVec ac = a + c;
+        const FloatVec bd = b + d;
+        const ComplexVec a_c = {a - c, zero};
+        const ComplexVec b_d = {b - d, zero};
         store_group(at, {ac + bd, zero});
-        store_group(at + 2 * quarter, multiply(Complex{ac - bd, zero}, w.w2));
+        store_group(at + 2 * quarter, multiply(ComplexVec{ac - bd, zero}, w.w2));
         store_group(at + 4 * quarter, multiply(turn_back<false>(a_c, b_d), w.w1));
         store_group(at + 6 * quarter, multiply(turn_back<true>(a_c, b_d), w.w3));
     }
@@ -93,9 +93,9 @@ struct BlockSink {
     std::size_t block_count;
     float factor;
 
-    SORVO_INLINE void operator()(std::size_t bin, Complex value) const {
+    SORVO_INLINE void operator()(std::size_t bin, ComplexVec value) const {
         float* const to = dst + 2 * bin * block_count;
-        const Complex result = {value.re * factor, value.im * factor};
+        const ComplexVec result = {value.re * factor, value.im * factor};
         if (block_count < lane_n) {
             store_interleaved(to, result.re, result.im, block_count);
         } else {
@@ -107,7 +107,7 @@ struct BlockSink {
 /// The stages that are left when blocks of block_n elements are, and their results.
 template <bool inverse>
 SORVO_INLINE void single_blocks(float* dst, const float* x, const FftPlanView& plan, float factor,
-                                Pack* work) {
+                                FloatVec* work) {
     const std::size_t block_n = plan.block_n;
     const std::size_t block_count = plan.n / block_n;
     const float* twiddles = plan.twiddles;
@@ -118,16 +118,16 @@ SORVO_INLINE void single_blocks(float* dst, const float* x, const FftPlanView& p
         const std::uint32_t* const order = plan.order + first;
         for (std::size_t j = 0; j < block_n; j += 4) {
             const float* const from = x + group_offset(j);
-            Pack re[4];
-            Pack im[4];
+            FloatVec re[4];
+            FloatVec im[4];
             for (std::size_t i = 0; i < 4; ++i) {
-                re[i] = load_columns(from, order + i);
-                im[i] = load_columns(from + group_n, order + i);
+                re[i] = load_quarters(from, order + i);
+                im[i] = load_quarters(from + group_n, order + i);
             }
             transpose_quarters(re[0], re[1], re[2], re[3]);
             transpose_quarters(im[0], im[1], im[2], im[3]);
             for (std::size_t i = 0; i < 4; ++i) {
-                store(work, j + i, {re[i], im[i]});
+                store_complex(work, j + i, {re[i], im[i]});
             }
         }
         block<inverse, true, false>(work, block_n, twiddles, block_n, 0,
@@ -151,7 +151,7 @@ void single_real_pow2(float* dst, const float* src, const FftPlanView& plan, flo
         single_stage<false>(x, span, plan.n, span, columns);
         columns += 6 * (span / 4);
     }
-    single_blocks<false>(dst, x, plan, 1.0F, reinterpret_cast<Pack*>(work));
+    single_blocks<false>(dst, x, plan, 1.0F, reinterpret_cast<FloatVec*>(work));
 }
 
 void single_inverse_pow2(float* dst, const float* src, const FftPlanView& plan, float* work) {
@@ -166,8 +166,8 @@ void single_inverse_pow2(float* dst, const float* src, const FftPlanView& plan, 
         columns += 6 * (span / 4);
     }
     const float factor = 1.0F / static_cast<float>(plan.n);
-    single_blocks<true>(dst, x, plan, factor, reinterpret_cast<Pack*>(work));
+    single_blocks<true>(dst, x, plan, factor, reinterpret_cast<FloatVec*>(work));
 }
 
 }  // namespace
-}  // namespace sorvo::audio
+}  // namespace sorvo::audio::SORVO_LEVEL

@@ -1,11 +1,12 @@
-// Complex elements in groups of widest_lane_n at every level: their real parts, then their
+// ComplexVec elements in groups of widest_lane_n at every level: their real parts, then their
 // imaginary parts. One address serves both.
 #pragma once
 
 #include "fft/single_plan.h"
-#include "util/lanes.inl"
+#include "simd/complex.h"
+#include "simd/shuffle.h"
 
-namespace sorvo::audio {
+namespace sorvo::audio::SORVO_LEVEL {
 namespace {
 
 constexpr std::size_t group_n = widest_lane_n;
@@ -16,14 +17,14 @@ SORVO_INLINE std::size_t group_offset(std::size_t i) {
     return 2 * (i - i % group_n) + i % group_n;
 }
 
-SORVO_INLINE Complex load_group(const float* x) {
+SORVO_INLINE ComplexVec load_group(const float* x) {
     return {load(x), load(x + group_n)};
 }
 
-SORVO_INLINE void store_group(float* x, Complex value) {
+SORVO_INLINE void store_group(float* x, ComplexVec value) {
     store(x, value.re);
     store(x + group_n, value.im);
 }
 
 }  // namespace
-}  // namespace sorvo::audio
+}  // namespace sorvo::audio::SORVO_LEVEL

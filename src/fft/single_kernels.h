@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "fft/fft_plan.h"
-#include "util/cpu.h"
+#include "simd/dispatch.h"
 
 namespace sorvo::audio {
 
@@ -26,10 +26,6 @@ struct SingleKernels {
     std::uint32_t (*largest_magnitude)(const float* data, std::size_t n);
 };
 
-const SingleKernels& single_kernels(CpuLevel level);
-
-extern const SingleKernels single_kernels_baseline;
-extern const SingleKernels single_kernels_avx2;
-extern const SingleKernels single_kernels_avx512;
+SORVO_DECLARE_KERNELS(SingleKernels, single_kernels)
 
 }  // namespace sorvo::audio

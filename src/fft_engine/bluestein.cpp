@@ -2,7 +2,7 @@
 
 namespace sorvo::audio::kelpon::fft {
 
-BluesteinFFTImpl::BluesteinFFTImpl(unsigned n, CpuLevel level) : chirp_transform_(n, level) {}
+BluesteinFFTImpl::BluesteinFFTImpl(unsigned n, SimdLevel level) : chirp_transform_(n, level) {}
 
 template <class In>
 void BluesteinFFTImpl::run(std::complex<float>* out, In in, const PlaneTable& closing_chirp,
@@ -23,7 +23,7 @@ void BluesteinFFTImpl::exec(const std::complex<float>* in, std::complex<float>* 
     run(out, in, chirp_transform_.chirp(), false);
 }
 
-BluesteinIFFTImpl::BluesteinIFFTImpl(unsigned n, CpuLevel level)
+BluesteinIFFTImpl::BluesteinIFFTImpl(unsigned n, SimdLevel level)
     : BluesteinFFTImpl(n, level), scaled_chirp_(chirp_transform_.chirp()) {
     const float scale = 1.0F / static_cast<float>(n);
     for (float& value : scaled_chirp_.re) value *= scale;

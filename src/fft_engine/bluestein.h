@@ -8,7 +8,7 @@ namespace sorvo::audio::kelpon::fft {
 /// Forward transform of any length, meant for primes, by Bluestein's algorithm.
 class BluesteinFFTImpl : public FFTImpl {
   public:
-    explicit BluesteinFFTImpl(unsigned n, CpuLevel level = cpu_level());
+    explicit BluesteinFFTImpl(unsigned n, SimdLevel level = simd_level());
 
     void exec(const short* in, std::complex<float>* out) const override;
     void exec(const float* in, std::complex<float>* out) const override;
@@ -24,7 +24,7 @@ class BluesteinFFTImpl : public FFTImpl {
 /// Inverse transform of any length by Bluestein's algorithm, scaled by 1/n.
 class BluesteinIFFTImpl : public BluesteinFFTImpl {
   public:
-    explicit BluesteinIFFTImpl(unsigned n, CpuLevel level = cpu_level());
+    explicit BluesteinIFFTImpl(unsigned n, SimdLevel level = simd_level());
 
     void exec(const short* in, std::complex<float>* out) const override;
     void exec(const float* in, std::complex<float>* out) const override;

@@ -19,7 +19,7 @@ unsigned convolution_length(unsigned n) {
     return static_cast<unsigned>(length);
 }
 
-ChirpTransform::ChirpTransform(unsigned n, CpuLevel level)
+ChirpTransform::ChirpTransform(unsigned n, SimdLevel level)
     : n_(n),
       convolution_n_(convolution_length(n)),
       kernels_(kernels(level)),

@@ -27,7 +27,7 @@ unsigned convolution_length(unsigned n);
 /// convolution with a chirp, which transforms of a power of two compute.
 class ChirpTransform : public LineTransform {
   public:
-    ChirpTransform(unsigned n, CpuLevel level);
+    ChirpTransform(unsigned n, SimdLevel level);
 
     void transform(Planes line, float* scratch) const override;
     std::size_t scratch_floats() const override;

@@ -4,10 +4,10 @@
 
 namespace sorvo::audio::kelpon::fft {
 
-CooleyTukeyFFTImpl::CooleyTukeyFFTImpl(unsigned n, CpuLevel level)
+CooleyTukeyFFTImpl::CooleyTukeyFFTImpl(unsigned n, SimdLevel level)
     : CooleyTukeyFFTImpl(n, level, false) {}
 
-CooleyTukeyFFTImpl::CooleyTukeyFFTImpl(unsigned n, CpuLevel level, bool inverse)
+CooleyTukeyFFTImpl::CooleyTukeyFFTImpl(unsigned n, SimdLevel level, bool inverse)
     : stages_(n, level,
               [level](unsigned factor) { return std::make_unique<ChirpTransform>(factor, level); }),
       inverse_(inverse),

@@ -9,14 +9,14 @@ namespace sorvo::audio::kelpon::fft {
 /// transformed by Bluestein's algorithm, so that the cost is O(n log n) for every length.
 class CooleyTukeyFFTImpl : public FFTImpl {
   public:
-    explicit CooleyTukeyFFTImpl(unsigned n, CpuLevel level = cpu_level());
+    explicit CooleyTukeyFFTImpl(unsigned n, SimdLevel level = simd_level());
 
     void exec(const short* in, std::complex<float>* out) const override;
     void exec(const float* in, std::complex<float>* out) const override;
     void exec(const std::complex<float>* in, std::complex<float>* out) const override;
 
   protected:
-    CooleyTukeyFFTImpl(unsigned n, CpuLevel level, bool inverse);
+    CooleyTukeyFFTImpl(unsigned n, SimdLevel level, bool inverse);
 
   private:
     MixedRadix stages_;
@@ -27,7 +27,7 @@ class CooleyTukeyFFTImpl : public FFTImpl {
 /// Inverse transform of any length by its factors, scaled by 1/n.
 class CooleyTukeyIFFTImpl : public CooleyTukeyFFTImpl {
   public:
-    explicit CooleyTukeyIFFTImpl(unsigned n, CpuLevel level = cpu_level())
+    explicit CooleyTukeyIFFTImpl(unsigned n, SimdLevel level = simd_level())
         : CooleyTukeyFFTImpl(n, level, true) {}
 };
 

@@ -13,9 +13,9 @@ unsigned checked_length(unsigned n) {
 
 }  // namespace
 
-FFT2Impl::FFT2Impl(unsigned n, CpuLevel level) : FFT2Impl(n, level, false) {}
+FFT2Impl::FFT2Impl(unsigned n, SimdLevel level) : FFT2Impl(n, level, false) {}
 
-FFT2Impl::FFT2Impl(unsigned n, CpuLevel level, bool inverse)
+FFT2Impl::FFT2Impl(unsigned n, SimdLevel level, bool inverse)
     : stages_(checked_length(n), level, nullptr),
       inverse_(inverse),
       scale_(inverse ? 1.0F / static_cast<float>(n) : 1.0F) {}

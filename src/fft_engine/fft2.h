@@ -9,7 +9,7 @@ namespace sorvo::audio::kelpon::fft {
 class FFT2Impl : public FFTImpl {
   public:
     /// Throws SorvoInvalidArgument if n is not a power of two.
-    explicit FFT2Impl(unsigned n, CpuLevel level = cpu_level());
+    explicit FFT2Impl(unsigned n, SimdLevel level = simd_level());
 
     void exec(const short* in, std::complex<float>* out) const override;
     void exec(const float* in, std::complex<float>* out) const override;
@@ -20,7 +20,7 @@ class FFT2Impl : public FFTImpl {
     std::size_t scratch_floats() const { return stages_.scratch_floats(); }
 
   protected:
-    FFT2Impl(unsigned n, CpuLevel level, bool inverse);
+    FFT2Impl(unsigned n, SimdLevel level, bool inverse);
 
   private:
     MixedRadix stages_;
@@ -31,7 +31,7 @@ class FFT2Impl : public FFTImpl {
 /// Inverse transform of a power of two, scaled by 1/n.
 class IFFT2Impl : public FFT2Impl {
   public:
-    explicit IFFT2Impl(unsigned n, CpuLevel level = cpu_level()) : FFT2Impl(n, level, true) {}
+    explicit IFFT2Impl(unsigned n, SimdLevel level = simd_level()) : FFT2Impl(n, level, true) {}
 };
 
 }  // namespace sorvo::audio::kelpon::fft

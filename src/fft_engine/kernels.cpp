@@ -326,7 +326,7 @@ constexpr Kernels level_kernels[] = {make_kernels<Baseline>(), make_kernels<Avx2
 
 }  // namespace
 
-const Kernels& kernels(CpuLevel level) {
+const Kernels& kernels(SimdLevel level) {
     return level_kernels[static_cast<std::size_t>(level)];
 }
 

@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <tuple>
 
-#include "util/cpu.h"
+#include "simd/level.h"
 
 namespace sorvo::audio::kelpon::fft {
 
@@ -118,6 +118,6 @@ struct Kernels {
     std::array<StageKernel, 3> twiddle;
 };
 
-const Kernels& kernels(CpuLevel level);
+const Kernels& kernels(SimdLevel level);
 
 }  // namespace sorvo::audio::kelpon::fft

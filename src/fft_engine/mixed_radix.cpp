@@ -15,7 +15,7 @@ std::size_t line_floats(const StageShape& shape) {
 
 }  // namespace
 
-MixedRadix::MixedRadix(unsigned n, CpuLevel level, const MakeLineTransform& make_line_transform)
+MixedRadix::MixedRadix(unsigned n, SimdLevel level, const MakeLineTransform& make_line_transform)
     : n_(n),
       kernels_(kernels(level)),
       factors_(choose_factors(n)),

@@ -34,7 +34,7 @@ using MakeLineTransform = std::function<std::unique_ptr<LineTransform>(unsigned)
 /// merges them down those. So every stage works on whole vectors, whatever its radix.
 class MixedRadix {
   public:
-    MixedRadix(unsigned n, CpuLevel level, const MakeLineTransform& make_line_transform);
+    MixedRadix(unsigned n, SimdLevel level, const MakeLineTransform& make_line_transform);
 
     std::size_t scratch_floats() const;
 

@@ -1,9 +1,23 @@
 #include "filter/filter_kernels.h"
 
-namespace sorvo::audio {
+#include "filter/fir_outputs.inl"
+#include "filter/lane_rows.inl"
 
-const FilterKernels& filter_kernels(CpuLevel level) {
-    return for_level(level, filter_kernels_baseline, filter_kernels_avx2, filter_kernels_avx512);
+namespace sorvo::audio::SORVO_LEVEL {
+namespace {
+
+template <class Out, class In, class State>
+constexpr LaneFilterKernels<Out, In, State> make_lane_filter_kernels() {
+    return {{run_rows<1, Out, In, State>, run_rows<2, Out, In, State>}};
 }
 
-}  // namespace sorvo::audio
+}  // namespace
+
+const FilterKernels filter_kernels = {make_lane_filter_kernels<float, float, float>(),
+                                      make_lane_filter_kernels<double, float, double>(),
+                                      make_lane_filter_kernels<double, double, double>(),
+                                      make_lane_filter_kernels<float, double, double>(),
+                                      {fir_outputs<float>},
+                                      {fir_outputs<double>}};
+
+}  // namespace sorvo::audio::SORVO_LEVEL

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "util/cpu.h"
+#include "simd/dispatch.h"
 
 namespace sorvo::audio {
 
@@ -41,10 +41,6 @@ struct FilterKernels : LaneFilterKernels<float, float, float>,
                        FirKernels<float>,
                        FirKernels<double> {};
 
-const FilterKernels& filter_kernels(CpuLevel level);
-
-extern const FilterKernels filter_kernels_baseline;
-extern const FilterKernels filter_kernels_avx2;
-extern const FilterKernels filter_kernels_avx512;
+SORVO_DECLARE_KERNELS(FilterKernels, filter_kernels)
 
 }  // namespace sorvo::audio

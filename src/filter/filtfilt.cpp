@@ -112,7 +112,7 @@ bool overlap(const float* a, std::size_t a_n, const float* b, std::size_t b_n) {
 class Passes {
   public:
     Passes(float* dst, std::size_t dst_begin, std::size_t dst_end, const ExtendedSignal& x,
-           const FilterCoefficients& coef, std::size_t max_section_n, CpuLevel level)
+           const FilterCoefficients& coef, std::size_t max_section_n, SimdLevel level)
         : dst_(dst),
           dst_begin_(dst_begin),
           dst_end_(dst_end),
@@ -160,7 +160,7 @@ class Passes {
     std::size_t dst_end_;
     const ExtendedSignal& x_;
     const FilterCoefficients& coef_;
-    CpuLevel level_;
+    SimdLevel level_;
     std::size_t begin_ = 0;
     std::vector<double> y_;
 };
@@ -175,7 +175,7 @@ class Passes {
 // ahead, the section is filtered again. There is one section only where the filter forgets too
 // slowly, and where the result overwrites samples that might be needed again.
 void filtfilt(float* dst, const float* src, const float* n_coef, const float* d_coef, int dst_n,
-              int src_n, int n_coef_n, int d_coef_n, int pad_type, int pad_len, CpuLevel level) {
+              int src_n, int n_coef_n, int d_coef_n, int pad_type, int pad_len, SimdLevel level) {
     const int pad_n = pad_type == 0 ? 0 : std::max(pad_len, 0);
     const ExtendedSignal x(src, src_n, pad_n, pad_type);
     const FilterCoefficients coef(n_coef, d_coef, n_coef_n, d_coef_n);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "util/cpu.h"
+#include "simd/level.h"
 
 namespace sorvo::audio {
 
@@ -11,6 +11,6 @@ namespace sorvo::audio {
 /// extension would be as long as the signal or longer.
 void filtfilt(float* dst, const float* src, const float* n_coef, const float* d_coef, int dst_n,
               int src_n, int n_coef_n, int d_coef_n, int pad_type, int pad_len,
-              CpuLevel level = cpu_level());
+              SimdLevel level = simd_level());
 
 }  // namespace sorvo::audio

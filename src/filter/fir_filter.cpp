@@ -47,7 +47,7 @@ bool is_fir(const FilterCoefficients& coef) {
 
 template <class Out, class In, class State>
 void filter_fir(Out* dst, const In* src, const FilterCoefficients& coef, State* z, std::size_t n,
-                bool reverse, CpuLevel level) {
+                bool reverse, SimdLevel level) {
     const FirKernels<State>& kernels = filter_kernels(level);
     const Path<Out> to{dst, n, reverse};
     const Path<const In> from{src, n, reverse};
@@ -92,7 +92,7 @@ void filter_fir(Out* dst, const In* src, const FilterCoefficients& coef, State* 
 
 #define INSTANTIATE(Out, In, State)                                                           \
     template void filter_fir(Out*, const In*, const FilterCoefficients&, State*, std::size_t, \
-                             bool, CpuLevel);
+                             bool, SimdLevel);
 INSTANTIATE(float, float, float)
 INSTANTIATE(double, float, double)
 INSTANTIATE(double, double, double)

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "filter/coefficients.h"
-#include "util/cpu.h"
+#include "simd/level.h"
 
 namespace sorvo::audio {
 
@@ -22,6 +22,6 @@ bool is_fir(const FilterCoefficients& coef);
 /// defined, and so is what follows until the last outputs are all finite again.
 template <class Out, class In, class State>
 void filter_fir(Out* dst, const In* src, const FilterCoefficients& coef, State* z, std::size_t n,
-                bool reverse, CpuLevel level);
+                bool reverse, SimdLevel level);
 
 }  // namespace sorvo::audio

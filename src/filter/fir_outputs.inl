@@ -1,9 +1,9 @@
 // Outputs of a filter without feedback, as many at a time as make independent chains of additions.
 #pragma once
 
-#include "filter/state_rounding.inl"
+#include "simd/vector.h"
 
-namespace sorvo::audio {
+namespace sorvo::audio::SORVO_LEVEL {
 namespace {
 
 template <class State>
@@ -11,13 +11,13 @@ bool fir_outputs(double* y, const double* x, const double* b, std::size_t m, std
     constexpr std::size_t pack_n = 8;
     static_assert(fir_step_n % (double_lane_n * pack_n) == 0);
     for (std::size_t i = 0; i < n; i += double_lane_n * pack_n) {
-        DoublePack sum[pack_n];
+        DoubleVec sum[pack_n];
         for (std::size_t p = 0; p < pack_n; ++p) {
             sum[p] = rounded_to<State>(load_wide(x + i + p * double_lane_n - m) * b[m]);
         }
         for (std::size_t k = m - 1; k > 0; --k) {
             for (std::size_t p = 0; p < pack_n; ++p) {
-                const DoublePack v = load_wide(x + i + p * double_lane_n - k);
+                const DoubleVec v = load_wide(x + i + p * double_lane_n - k);
                 sum[p] = rounded_to<State>(b[k] * v + sum[p]);
             }
         }
@@ -37,4 +37,4 @@ bool fir_outputs(double* y, const double* x, const double* b, std::size_t m, std
 }
 
 }  // namespace
-}  // namespace sorvo::audio
+}  // namespace sorvo::audio::SORVO_LEVEL

@@ -131,7 +131,7 @@ std::size_t filter_round(const Path<Out>& dst, const Path<const In>& src,
 
 template <std::size_t state_n, class Out, class In, class State>
 void filter_rounds(const Path<Out>& dst, const Path<const In>& src, const FilterCoefficients& coef,
-                   State* state, CpuLevel level) {
+                   State* state, SimdLevel level) {
     const bool in_place = static_cast<const void*>(dst.data) == static_cast<const void*>(src.data);
     std::size_t done = 0;
     const auto run_plain = [&](std::size_t n) {
@@ -178,7 +178,7 @@ void filter_rounds(const Path<Out>& dst, const Path<const In>& src, const Filter
 
 template <class Out, class In, class State>
 void filter_lanes(Out* dst, const In* src, const FilterCoefficients& coef, State* z, std::size_t n,
-                  bool reverse, CpuLevel level) {
+                  bool reverse, SimdLevel level) {
     const Path<Out> to{dst, n, reverse};
     const Path<const In> from{src, n, reverse};
     if (coef.b.size() == 2) {
@@ -189,12 +189,12 @@ void filter_lanes(Out* dst, const In* src, const FilterCoefficients& coef, State
 }
 
 template void filter_lanes(float*, const float*, const FilterCoefficients&, float*, std::size_t,
-                           bool, CpuLevel);
+                           bool, SimdLevel);
 template void filter_lanes(double*, const float*, const FilterCoefficients&, double*, std::size_t,
-                           bool, CpuLevel);
+                           bool, SimdLevel);
 template void filter_lanes(double*, const double*, const FilterCoefficients&, double*, std::size_t,
-                           bool, CpuLevel);
+                           bool, SimdLevel);
 template void filter_lanes(float*, const double*, const FilterCoefficients&, double*, std::size_t,
-                           bool, CpuLevel);
+                           bool, SimdLevel);
 
 }  // namespace sorvo::audio

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "filter/coefficients.h"
-#include "util/cpu.h"
+#include "simd/level.h"
 
 namespace sorvo::audio {
 
@@ -21,6 +21,6 @@ constexpr std::size_t min_lane_filter_n = 1056;
 /// speed differs.
 template <class Out, class In, class State>
 void filter_lanes(Out* dst, const In* src, const FilterCoefficients& coef, State* z, std::size_t n,
-                  bool reverse, CpuLevel level);
+                  bool reverse, SimdLevel level);
 
 }  // namespace sorvo::audio

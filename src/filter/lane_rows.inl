@@ -1,10 +1,10 @@
 // The difference equation of a recursive filter for all lanes at once.
 #pragma once
 
-#include "filter/state_rounding.inl"
-#include "util/turn_lanes.inl"
+#include "simd/prefetch.h"
+#include "simd/shuffle.h"
 
-namespace sorvo::audio {
+namespace sorvo::audio::SORVO_LEVEL {
 namespace {
 
 static_assert(max_filter_row_n == filter_lane_n, "one lane is prefetched per row");
@@ -73,7 +73,7 @@ SORVO_INLINE void filter_rows(Rows<Out>& out, const Rows<In>& in, std::size_t ro
                               const Ahead& next_out) {
     constexpr std::size_t pack_n = 4;
     for (std::size_t first = 0; first < filter_lane_n; first += pack_n * double_lane_n) {
-        DoublePack s[state_n][pack_n];
+        DoubleVec s[state_n][pack_n];
         for (std::size_t k = 0; k < state_n; ++k) {
             for (std::size_t p = 0; p < pack_n; ++p) {
                 s[k][p] = load_wide(z + k * filter_lane_n + first + p * double_lane_n);
@@ -86,8 +86,8 @@ SORVO_INLINE void filter_rows(Rows<Out>& out, const Rows<In>& in, std::size_t ro
             }
             for (std::size_t p = 0; p < pack_n; ++p) {
                 const std::size_t lane = first + p * double_lane_n;
-                const DoublePack x = load_wide(&in[row][lane]);
-                const DoublePack y = s[0][p] + b[0] * x;
+                const DoubleVec x = load_wide(&in[row][lane]);
+                const DoubleVec y = s[0][p] + b[0] * x;
                 store_rounded(&out[row][lane], y);
                 for (std::size_t k = 1; k < state_n; ++k) {
                     s[k - 1][p] = rounded_to<State>(b[k] * x + s[k][p] - a[k] * y);
@@ -115,4 +115,4 @@ void run_rows(Out* dst, const In* src, std::size_t row_n, std::ptrdiff_t stride,
 }
 
 }  // namespace
-}  // namespace sorvo::audio
+}  // namespace sorvo::audio::SORVO_LEVEL

@@ -100,7 +100,7 @@ void update_state(const FilterCoefficients& coef, State* z, double x, double y) 
 
 template <class Out, class In, class State>
 void run_filter(Out* dst, const In* src, const FilterCoefficients& coef, State* z, std::size_t n,
-                bool reverse, CpuLevel level) {
+                bool reverse, SimdLevel level) {
     const std::size_t state_n = coef.b.size() - 1;
     if (n >= min_fir_filter_n && is_fir(coef)) {
         filter_fir(dst, src, coef, z, n, reverse, level);
@@ -114,7 +114,7 @@ void run_filter(Out* dst, const In* src, const FilterCoefficients& coef, State* 
 template <class Out, class In, class Coef, class State>
 void linerfilter(Out* dst, const In* src, const Coef* n_coef, const Coef* d_coef, State* zi,
                  int dst_n, int src_n, int n_coef_n, int d_coef_n, int zi_n, bool reverse,
-                 CpuLevel level) {
+                 SimdLevel level) {
     const FilterCoefficients coef(n_coef, d_coef, n_coef_n, d_coef_n);
     const std::size_t state_n = coef.b.size() - 1;
     std::vector<State> rest;
@@ -127,19 +127,19 @@ void linerfilter(Out* dst, const In* src, const Coef* n_coef, const Coef* d_coef
 }
 
 template void linerfilter(float*, const float*, const float*, const float*, float*, int, int, int,
-                          int, int, bool, CpuLevel);
+                          int, int, bool, SimdLevel);
 template void linerfilter(double*, const float*, const float*, const float*, double*, int, int, int,
-                          int, int, bool, CpuLevel);
+                          int, int, bool, SimdLevel);
 template void linerfilter(double*, const double*, const float*, const float*, double*, int, int,
-                          int, int, int, bool, CpuLevel);
+                          int, int, int, bool, SimdLevel);
 template void linerfilter(float*, const double*, const float*, const float*, double*, int, int, int,
-                          int, int, bool, CpuLevel);
+                          int, int, bool, SimdLevel);
 
 #define INSTANTIATE(Out, In, State)                                                           \
     template void run_filter_plain(Out*, const In*, const FilterCoefficients&, State*,        \
                                    std::size_t, bool);                                        \
     template void run_filter(Out*, const In*, const FilterCoefficients&, State*, std::size_t, \
-                             bool, CpuLevel);
+                             bool, SimdLevel);
 INSTANTIATE(float, float, float)
 INSTANTIATE(double, float, double)
 INSTANTIATE(double, double, double)

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "filter/coefficients.h"
-#include "util/cpu.h"
+#include "simd/level.h"
 
 namespace sorvo::audio {
 
@@ -21,13 +21,13 @@ namespace sorvo::audio {
 template <class Out, class In, class Coef, class State>
 void linerfilter(Out* dst, const In* src, const Coef* n_coef, const Coef* d_coef, State* zi,
                  int dst_n, int src_n, int n_coef_n, int d_coef_n, int zi_n, bool reverse,
-                 CpuLevel level = cpu_level());
+                 SimdLevel level = simd_level());
 
 /// The same pass with prepared coefficients over n samples, from and to the state z of N - 1
 /// values.
 template <class Out, class In, class State>
 void run_filter(Out* dst, const In* src, const FilterCoefficients& coef, State* z, std::size_t n,
-                bool reverse, CpuLevel level = cpu_level());
+                bool reverse, SimdLevel level = simd_level());
 
 /// The same, sample by sample: the definition.
 template <class Out, class In, class State>

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "mel/mel_kernels.h"
 #include "util/zeros.h"
 
 namespace sorvo::audio {
@@ -14,6 +13,18 @@ namespace {
 constexpr std::size_t block_n = 512;
 
 }  // namespace
+
+MelBand nonzero_band(const float* weights, std::size_t n) {
+    std::size_t begin = 0;
+    while (begin < n && weights[begin] == 0.0F) {
+        ++begin;
+    }
+    std::size_t end = n;
+    while (end > begin && weights[end - 1] == 0.0F) {
+        --end;
+    }
+    return {weights + begin, begin, end};
+}
 
 void convert_freq_to_mel_1d(std::vector<float>& dst, const std::vector<float>& src,
                             const std::vector<std::vector<float>>& fb, int mel_n) {
@@ -28,7 +39,7 @@ void convert_freq_to_mel_1d(std::vector<float>& dst, const std::vector<float>& s
 }
 
 void convert_freq_to_mel_2d(float* dst, const float* src, const float* fb, int freq_n, int frame_n,
-                            int mel_n, CpuLevel level) {
+                            int mel_n, SimdLevel level) {
     const MelKernels& kernels = mel_kernels(level);
     const auto row_n = static_cast<std::size_t>(frame_n);
     const auto weight_n = static_cast<std::size_t>(freq_n);

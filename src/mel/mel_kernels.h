@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "util/cpu.h"
+#include "simd/dispatch.h"
 
 namespace sorvo::audio {
 
@@ -13,9 +13,6 @@ struct MelBand {
     std::size_t begin;
     std::size_t end;
 };
-
-/// The band of a row of n weights. Anything but a zero counts, NaN too.
-MelBand nonzero_band(const float* weights, std::size_t n);
 
 struct MelKernels {
     /// dst[m * dst_row + t] = sum over the bins k of band m of src[k * src_row + t] weights[k -
@@ -27,10 +24,6 @@ struct MelKernels {
     bool (*all_finite)(const float* data, std::size_t n);
 };
 
-const MelKernels& mel_kernels(CpuLevel level);
-
-extern const MelKernels mel_kernels_baseline;
-extern const MelKernels mel_kernels_avx2;
-extern const MelKernels mel_kernels_avx512;
+SORVO_DECLARE_KERNELS(MelKernels, mel_kernels)
 
 }  // namespace sorvo::audio

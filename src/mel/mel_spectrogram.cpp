@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "elementwise/complex_norm.h"
-#include "elementwise/power.h"
 #include "fft/fft_table.h"
+#include "math/power.h"
 #include "mel/mel_conversion.h"
 #include "mel/mel_kernels.h"
 #include "stft/framing.h"
@@ -111,7 +111,7 @@ void mel_spectrogram(float* dst, const float* src, int sample_n, int sample_rate
     const FrameSource source = {src, sample_n, fft_n, hop_n, center, frame_n};
     mel_spectrogram(dst, source, win_n, win_type, power, fft_norm_type,
                     {fft_n / 2 + 1, f_min, f_max, mel_n, sample_rate, mel_norm, mel_formula != 0},
-                    lanes_pay(source) ? &frame_kernels(cpu_level()) : nullptr);
+                    lanes_pay(source) ? &frame_kernels(simd_level()) : nullptr);
 }
 
 }  // namespace sorvo::audio

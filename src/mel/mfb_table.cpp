@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "mel/filter_bank.h"
+#include "mel/mel_conversion.h"
 #include "util/zeros.h"
 
 namespace sorvo::audio {

@@ -61,7 +61,7 @@ Plan plan_block(const TapGroups& table, std::size_t first, std::size_t wanted_n)
 }  // namespace
 
 void resample_lanes(float* dst, const float* src, std::size_t dst_n, std::size_t src_n,
-                    const TapGroups& table, CpuLevel level) {
+                    const TapGroups& table, SimdLevel level) {
     // Each lane takes the same number of whole rounds of the schedule.
     const std::size_t rounds =
         divide_rounding_up(divide_rounding_up(dst_n, table.output_n), resample_lane_n);

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "resample/tap_groups.h"
-#include "util/cpu.h"
+#include "simd/level.h"
 
 namespace sorvo::audio {
 
@@ -11,6 +11,6 @@ namespace sorvo::audio {
 /// side by side for 32 stretches of the signal: the same bits as one after the other. Works in some
 /// 150 KiB, whatever the length.
 void resample_lanes(float* dst, const float* src, std::size_t dst_n, std::size_t src_n,
-                    const TapGroups& table, CpuLevel level);
+                    const TapGroups& table, SimdLevel level);
 
 }  // namespace sorvo::audio

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "resample/resample_kernels.h"
 #include "resample/tap_groups.h"
 
 namespace sorvo::audio {
@@ -18,7 +19,7 @@ namespace sorvo::audio {
 /// For even `up` every output falls 0.5 / up of an input sample early. That belongs to the design.
 class ResampleFilterTable {
   public:
-    static constexpr int tap_n = 65;
+    static constexpr int tap_n = static_cast<int>(resample_tap_n);
 
     static ResampleFilterTable& instance();
     ResampleFilterTable(const ResampleFilterTable&) = delete;

@@ -5,13 +5,16 @@
 #include <cstddef>
 
 #include "resample/tap_groups.h"
-#include "util/cpu.h"
+#include "simd/dispatch.h"
 
 namespace sorvo::audio {
 
 /// Lanes enough for the widest vectors, and few enough for a window of rows to stay in the first
 /// level of the cache.
 constexpr std::size_t resample_lane_n = 16;
+
+/// Taps of one output.
+constexpr std::size_t resample_tap_n = 65;
 
 /// One sample of every lane, once as it is and once widened.
 struct alignas(64) FloatRow {
@@ -62,10 +65,6 @@ struct ResampleKernels {
     void (*run_lanes)(LaneBlock& block);
 };
 
-const ResampleKernels& resample_kernels(CpuLevel level);
-
-extern const ResampleKernels resample_kernels_baseline;
-extern const ResampleKernels resample_kernels_avx2;
-extern const ResampleKernels resample_kernels_avx512;
+SORVO_DECLARE_KERNELS(ResampleKernels, resample_kernels)
 
 }  // namespace sorvo::audio

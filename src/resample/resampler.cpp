@@ -71,7 +71,7 @@ void resample_plain(float* dst, const float* src, int dst_sample_rate, int dst_n
 }
 
 void resample(float* dst, const float* src, int dst_sample_rate, int dst_n, int src_sample_rate,
-              int src_n, CpuLevel level) {
+              int src_n, SimdLevel level) {
     const TapGroups& table =
         ResampleFilterTable::instance().ref_groups(dst_sample_rate, src_sample_rate);
     const int divisor = std::gcd(dst_sample_rate, src_sample_rate);

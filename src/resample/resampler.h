@@ -1,6 +1,6 @@
 #pragma once
 
-#include "util/cpu.h"
+#include "simd/level.h"
 
 namespace sorvo::audio {
 
@@ -12,7 +12,7 @@ int get_resample_len(int dst_sample_rate, int src_sample_n, int src_sample_rate)
 /// the conversion produces, then zeros. The scan stops one position before the window would reach
 /// its last place over the zero-padded signal, so the end of the output is zero too.
 void resample(float* dst, const float* src, int dst_sample_rate, int dst_n, int src_sample_rate,
-              int src_n, CpuLevel level = cpu_level());
+              int src_n, SimdLevel level = simd_level());
 
 /// The same, output by output: the definition.
 void resample_plain(float* dst, const float* src, int dst_sample_rate, int dst_n,

@@ -5,8 +5,8 @@
 #include <cstdint>
 
 #include "fft/fft_plan.h"
+#include "simd/dispatch.h"
 #include "stft/block_layout.h"
-#include "util/cpu.h"
 
 namespace sorvo::audio {
 
@@ -41,7 +41,7 @@ constexpr int frame_form_n = 3;
 using FrameKernel = void (*)(const FrameJob& job);
 
 struct FrameKernels {
-    CpuLevel level;
+    SimdLevel level;
     std::size_t lane_n;
 
     /// dst[r * dst_row + c] = src[c * hop_n + r] for r < row_n, c < column_n; column_n >= 16. The
@@ -65,10 +65,6 @@ struct FrameKernels {
     void (*interleave_zeros)(const RowMove& move);
 };
 
-const FrameKernels& frame_kernels(CpuLevel level);
-
-extern const FrameKernels frame_kernels_baseline;
-extern const FrameKernels frame_kernels_avx2;
-extern const FrameKernels frame_kernels_avx512;
+SORVO_DECLARE_KERNELS(FrameKernels, frame_kernels)
 
 }  // namespace sorvo::audio

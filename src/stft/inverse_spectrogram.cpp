@@ -169,7 +169,7 @@ void inverse_spectrogram(float* dst, const float* src, int frame_n, int freq_n, 
                          int win_n, int win_type, int max_sample_n, int center, int norm_type) {
     const SynthesisSource source = {src, frame_n, freq_n, hop_n, max_sample_n, center};
     inverse_spectrogram(dst, source, win_n, win_type, norm_type,
-                        lanes_pay(source) ? &overlap_kernels(cpu_level()) : nullptr);
+                        lanes_pay(source) ? &overlap_kernels(simd_level()) : nullptr);
 }
 
 }  // namespace sorvo::audio

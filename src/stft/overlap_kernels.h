@@ -5,8 +5,8 @@
 #include <cstdint>
 
 #include "fft/fft_plan.h"
+#include "simd/dispatch.h"
 #include "stft/block_layout.h"
-#include "util/cpu.h"
 
 namespace sorvo::audio {
 
@@ -45,10 +45,6 @@ struct OverlapKernels {
     void (*divide)(float* dst, const float* src, const float* divisors, std::size_t n);
 };
 
-const OverlapKernels& overlap_kernels(CpuLevel level);
-
-extern const OverlapKernels overlap_kernels_baseline;
-extern const OverlapKernels overlap_kernels_avx2;
-extern const OverlapKernels overlap_kernels_avx512;
+SORVO_DECLARE_KERNELS(OverlapKernels, overlap_kernels)
 
 }  // namespace sorvo::audio

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "elementwise/complex_norm.h"
-#include "elementwise/power.h"
 #include "fft/fft_table.h"
+#include "math/power.h"
 #include "stft/frame_spectra.h"
 #include "stft/framing.h"
 #include "stft/stft_core.h"
@@ -121,7 +121,7 @@ void spectrogram(float* dst, const float* src, int sample_n, int fft_n, int hop_
     const int frame_n = std::min(max_frame_n, get_frame_len(sample_n, fft_n, hop_n, center));
     const FrameSource source = {src, sample_n, fft_n, hop_n, center, frame_n};
     spectrogram(dst, source, win_n, win_type, max_frame_n, power, norm_type,
-                lanes_pay(source) ? &frame_kernels(cpu_level()) : nullptr);
+                lanes_pay(source) ? &frame_kernels(simd_level()) : nullptr);
 }
 
 }  // namespace sorvo::audio

@@ -13,7 +13,7 @@
 #include "fft_engine/fft2.h"
 #include "fft_engine/primes.h"
 #include "reference_dft.h"
-#include "util/cpu.h"
+#include "simd/level.h"
 
 namespace {
 
@@ -84,18 +84,18 @@ Signal outputs(const FFTImpl& implementation, unsigned n) {
 }
 
 template <class Implementation>
-void expect_same_bits(unsigned n, CpuLevel level) {
-    const Signal expected = outputs(Implementation(n, CpuLevel::baseline), n);
+void expect_same_bits(unsigned n, SimdLevel level) {
+    const Signal expected = outputs(Implementation(n, SimdLevel::sse2), n);
     const Signal actual = outputs(Implementation(n, level), n);
     EXPECT_EQ(std::memcmp(actual.data(), expected.data(), actual.size() * sizeof(actual[0])), 0)
         << n << " level " << static_cast<int>(level);
 }
 
-class Levels : public testing::TestWithParam<CpuLevel> {};
+class Levels : public testing::TestWithParam<SimdLevel> {};
 
 TEST_P(Levels, ComputeTheSameBits) {
-    const CpuLevel level = GetParam();
-    if (level > cpu_level()) GTEST_SKIP() << "not supported by this processor";
+    const SimdLevel level = GetParam();
+    if (level > simd_level()) GTEST_SKIP() << "not supported by this processor";
     std::vector<unsigned> lengths = {400, 441, 480, 1009, 1013 * 2, 97 * 16, 4410, 103 * 107};
     for (unsigned n = 1; n <= 130; ++n) lengths.push_back(n);
     for (unsigned n = 256; n <= 8192; n *= 2) lengths.push_back(n);
@@ -111,6 +111,6 @@ TEST_P(Levels, ComputeTheSameBits) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Kernels, Levels, testing::Values(CpuLevel::avx2, CpuLevel::avx512));
+INSTANTIATE_TEST_SUITE_P(Kernels, Levels, testing::Values(SimdLevel::avx2, SimdLevel::avx512));
 
 }  // namespace

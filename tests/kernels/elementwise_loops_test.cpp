@@ -8,9 +8,9 @@
 
 #include "elementwise/complex_norm.h"
 #include "elementwise/decibel.h"
-#include "elementwise/power.h"
 #include "kernels/levels.h"
 #include "kernels/signals.h"
+#include "math/power.h"
 
 namespace {
 
@@ -42,7 +42,7 @@ TEST(RaiseToPower, EqualsTheLibraryFunctionAtEveryLevel) {
         for (std::size_t i = 0; i < x.size(); ++i) {
             expected[i] = ::powf(x[i], exponent);
         }
-        test::for_each_level([&](CpuLevel level) {
+        test::for_each_level([&](SimdLevel level) {
             std::vector<float> got(x.size());
             raise_to_power(got.data(), x.data(), x.size(), exponent, level);
             EXPECT_EQ(test::first_difference(got, expected), test::none) << "power " << exponent;
@@ -54,7 +54,7 @@ TEST(RaiseToPower, WorksInPlaceAndStopsAtTheEnd) {
     for (std::size_t n = 0; n < 100; ++n) {
         std::vector<float> x(n + 1, 2.0F);
         x[n] = 7.0F;
-        test::for_each_level([&](CpuLevel level) {
+        test::for_each_level([&](SimdLevel level) {
             std::vector<float> data = x;
             raise_to_power(data.data(), data.data(), n, 0.5F, level);
             EXPECT_EQ(data[n], 7.0F);

@@ -24,7 +24,7 @@ void expect_equal(const std::vector<float>& complex, int n) {
     fft(forward, n, FftTable::instance().ref_table(n));
     std::vector<float> inverse = complex;
     ifft(inverse, n, FftTable::instance().ref_inv_table(n));
-    test::for_each_level([&](CpuLevel level) {
+    test::for_each_level([&](SimdLevel level) {
         const SingleKernels& kernels = single_kernels(level);
         std::vector<float> dst(2 * size);
         real_fft(dst.data(), real.data(), n, kernels);

@@ -92,7 +92,7 @@ void expect_plain_bits(const std::vector<float>& signal, const Filter& filter, b
     const auto plain = run<Out, In, State>(x, filter, false, [&](Out* y, const In* from, State* z) {
         run_filter_plain(y, from, coef, z, x.size(), reverse);
     });
-    test::for_each_level([&](CpuLevel level) {
+    test::for_each_level([&](SimdLevel level) {
         const auto fast =
             run<Out, In, State>(x, filter, in_place, [&](Out* y, const In* from, State* z) {
                 run_filter(y, from, coef, z, x.size(), reverse, level);
@@ -167,7 +167,7 @@ void expect_two_plain_passes(const std::vector<float>& x, const Filter& filter, 
     SCOPED_TRACE(filter.name + ", pad " + std::to_string(pad_type) + ", " +
                  std::to_string(x.size()) + " to " + std::to_string(dst_n));
     const std::vector<float> expected = plain_filtfilt(x, filter, dst_n, pad_type, 30);
-    test::for_each_level([&](CpuLevel level) {
+    test::for_each_level([&](SimdLevel level) {
         std::vector<float> dst = in_place ? x : std::vector<float>(expected.size(), 9.0F);
         filtfilt(dst.data(), in_place ? dst.data() : x.data(), filter.b.data(), filter.a.data(),
                  dst_n, static_cast<int>(x.size()), static_cast<int>(filter.b.size()),

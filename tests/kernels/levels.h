@@ -10,17 +10,16 @@
 #include <string>
 #include <vector>
 
-#include "util/cpu.h"
+#include "simd/level.h"
 
 namespace sorvo::audio::test {
 
 /// Runs the body for every level that the processor has; says which ones it has not.
 template <class Body>
 void for_each_level(Body body) {
-    static constexpr const char* names[] = {"baseline", "avx2", "avx512"};
-    for (const CpuLevel level : all_cpu_levels) {
-        const char* const name = names[static_cast<std::size_t>(level)];
-        if (!cpu_supports(level)) {
+    for (const SimdLevel level : all_simd_levels()) {
+        const char* const name = simd_level_name(level);
+        if (!is_supported(level)) {
             ::testing::Test::RecordProperty(name, "not supported by this processor");
             continue;
         }

@@ -37,7 +37,7 @@ void expect_equal(const std::vector<float>& src, const Shape& shape, int center,
         return dst;
     };
     const std::vector<float> expected = compute(nullptr);
-    test::for_each_level([&](CpuLevel level) {
+    test::for_each_level([&](SimdLevel level) {
         EXPECT_EQ(test::first_difference(compute(&frame_kernels(level)), expected), test::none)
             << "fft_n " << shape.fft_n << " center " << center << " power " << power;
     });
@@ -88,7 +88,7 @@ TEST(MelKernels, ConvertASpectrogramAsOneFrameAtATime) {
                     expected.push_back(sum);
                 }
             }
-            test::for_each_level([&](CpuLevel level) {
+            test::for_each_level([&](SimdLevel level) {
                 std::vector<float> dst(expected.size());
                 convert_freq_to_mel_2d(dst.data(), src.data(), bank.data(), freq_n, frame_n, mel_n,
                                        level);

@@ -37,7 +37,7 @@ TEST_P(ResampleLanes, EqualOneOutputAfterTheOther) {
             // Cut short, and beyond the end.
             for (const std::size_t dst_n : {full_n / 2 + 1, full_n + 5}) {
                 const std::vector<float> expected = plain(signal.x, rates, dst_n);
-                test::for_each_level([&](CpuLevel level) {
+                test::for_each_level([&](SimdLevel level) {
                     std::vector<float> dst(dst_n + 1, 9.0F);
                     resample(dst.data(), signal.x.data(), rates.dst, static_cast<int>(dst_n),
                              rates.src, static_cast<int>(src_n), level);
@@ -59,7 +59,7 @@ TEST_P(ResampleLanes, WorkForAnyNumberOfOutputs) {
         1999 * static_cast<std::size_t>(rates.dst) / static_cast<std::size_t>(rates.src);
     const std::vector<float> expected = plain(src, rates, reachable_n);
     for (std::size_t n = 1; n <= std::min<std::size_t>(reachable_n, 2100); n += n < 70 ? 1 : 83) {
-        test::for_each_level([&](CpuLevel level) {
+        test::for_each_level([&](SimdLevel level) {
             std::vector<float> dst(n + 1, 9.0F);
             resample_lanes(dst.data(), src.data(), n, src.size(), table, level);
             EXPECT_EQ(dst[n], 9.0F);

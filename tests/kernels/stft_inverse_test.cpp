@@ -31,7 +31,7 @@ void expect_equal(const std::vector<float>& src, const Shape& shape, int center,
         return dst;
     };
     const std::vector<float> expected = compute(nullptr);
-    test::for_each_level([&](CpuLevel level) {
+    test::for_each_level([&](SimdLevel level) {
         EXPECT_EQ(test::first_difference(compute(&overlap_kernels(level)), expected), test::none)
             << "frames " << shape.frame_n << " freq_n " << shape.freq_n << " hop " << shape.hop_n
             << " window " << shape.win_n << " center " << center << " norm " << norm_type;

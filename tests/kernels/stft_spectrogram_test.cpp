@@ -43,7 +43,7 @@ void expect_equal(const std::vector<float>& src, const Shape& shape, int center,
                   int norm_type, int extra) {
     const std::vector<float> expected =
         compute(src, shape, center, power, norm_type, extra, nullptr);
-    test::for_each_level([&](CpuLevel level) {
+    test::for_each_level([&](SimdLevel level) {
         const std::vector<float> got =
             compute(src, shape, center, power, norm_type, extra, &frame_kernels(level));
         EXPECT_EQ(test::first_difference(got, expected), test::none)

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "util/cpu.h"
+#include "simd/level.h"
 
 namespace sorvo::audio {
 
@@ -10,6 +10,6 @@ namespace sorvo::audio {
 /// same bits at every level. Exponents 1, 0.5 and 0 cost little more than a copy, any other a
 /// library call per element. `dst` may be `src`.
 void raise_to_power(float* dst, const float* src, std::size_t n, float exponent,
-                    CpuLevel level = cpu_level());
+                    SimdLevel level = simd_level());
 
 }  // namespace sorvo::audio

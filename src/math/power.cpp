@@ -1,17 +1,17 @@
-#include "elementwise/power.h"
+#include "math/power.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "elementwise/root_kernels.h"
+#include "math/root_kernels.h"
 
 namespace sorvo::audio {
 
-void raise_to_power(float* dst, const float* src, std::size_t n, float exponent, CpuLevel level) {
+void raise_to_power(float* dst, const float* src, std::size_t n, float exponent, SimdLevel level) {
     if (exponent == 1.0F) {
         std::copy_n(src, dst == src ? 0 : n, dst);
     } else if (exponent == 0.5F) {
-        root_kernel(level)(dst, src, n);
+        root_kernels(level).take_roots(dst, src, n);
     } else if (exponent == 0.0F) {
         std::fill_n(dst, n, 1.0F);
     } else {

@@ -1,14 +1,15 @@
-// The kernel of root_kernels.h for the level of the including translation unit.
-#include "elementwise/lane_root.inl"
-#include "util/lanes.inl"
+#include "math/root_kernels.h"
+
+#include "math/root.h"
+#include "simd/shuffle.h"
 
 extern "C" float powf(float, float);
 
-namespace sorvo::audio {
+namespace sorvo::audio::SORVO_LEVEL {
 namespace {
 
 /// Asks powf for the lanes of x that are in doubt.
-[[gnu::noinline, gnu::cold]] void ask_for_roots(float* dst, Pack x, unsigned doubt) {
+[[gnu::noinline, gnu::cold]] void ask_for_roots(float* dst, FloatVec x, unsigned doubt) {
     float asked[lane_n];
     store(asked, x);
     for (; doubt != 0; doubt &= doubt - 1) {
@@ -20,7 +21,7 @@ namespace {
 void take_roots(float* dst, const float* src, std::size_t n) {
     std::size_t i = 0;
     for (; i + lane_n <= n; i += lane_n) {
-        const Pack x = load(src + i);
+        const FloatVec x = load(src + i);
         const Root root = find_root(x);
         store(dst + i, root.value);
         if (root.doubt != 0) {
@@ -33,4 +34,7 @@ void take_roots(float* dst, const float* src, std::size_t n) {
 }
 
 }  // namespace
-}  // namespace sorvo::audio
+
+const RootKernels root_kernels = {take_roots};
+
+}  // namespace sorvo::audio::SORVO_LEVEL

@@ -1,8 +1,0 @@
-#include "elementwise/root_kernels.h"
-#include "elementwise/root_kernels.inl"
-
-namespace sorvo::audio {
-
-const RootKernel root_kernel_baseline = take_roots;
-
-}  // namespace sorvo::audio

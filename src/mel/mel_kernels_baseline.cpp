@@ -1,8 +1,0 @@
-#include "mel/mel_kernels.h"
-#include "mel/mel_kernels.inl"
-
-namespace sorvo::audio {
-
-const MelKernels mel_kernels_baseline = make_mel_kernels();
-
-}  // namespace sorvo::audio

@@ -1,0 +1,27 @@
+// What 64-bit ARM does better by its own instructions than by what the compiler makes of the
+// templates in vector.h, where each is described. Included by vector.h.
+#pragma once
+
+#include <arm_neon.h>
+
+#include "simd/vector.h"
+
+namespace sorvo::audio::SORVO_LEVEL {
+
+SORVO_INLINE FloatVec square_root(FloatVec value) {
+    return reinterpret_cast<FloatVec>(vsqrtq_f32(reinterpret_cast<float32x4_t>(value)));
+}
+
+SORVO_INLINE DoubleVec square_root(DoubleVec value) {
+    return reinterpret_cast<DoubleVec>(vsqrtq_f64(reinterpret_cast<float64x2_t>(value)));
+}
+
+SORVO_INLINE DoubleVec load_wide(const float* p) {
+    return reinterpret_cast<DoubleVec>(vcvt_f64_f32(vld1_f32(p)));
+}
+
+SORVO_INLINE void store_rounded(float* p, DoubleVec value) {
+    vst1_f32(p, vcvt_f32_f64(reinterpret_cast<float64x2_t>(value)));
+}
+
+}  // namespace sorvo::audio::SORVO_LEVEL

@@ -1,8 +1,0 @@
-#include "stft/frame_kernels.h"
-#include "stft/frame_kernels.inl"
-
-namespace sorvo::audio {
-
-const FrameKernels frame_kernels_avx2 = make_frame_kernels(CpuLevel::avx2);
-
-}  // namespace sorvo::audio
