@@ -47,7 +47,7 @@ class Corpus(unittest.TestCase):
 
     def run_example(self, *options):
         return subprocess.run([sys.executable, EXAMPLE, self.recordings, self.features, *options], text=True,
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=50)
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=300)
 
     def arrays(self):
         """What is in the folder, by the names of the recordings."""
