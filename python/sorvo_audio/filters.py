@@ -17,7 +17,6 @@ from ._coefficients import polynomials, sections
 from ._types import Floats, PadType, Reals, Tail
 from ._warnings import warn
 
-
 _PAD_MODES: dict[PadType, Any] = {
     "odd": {"mode": "reflect", "reflect_type": "odd"}, "even": {"mode": "reflect"}, "constant": {"mode": "edge"},
     None: None}

@@ -55,8 +55,11 @@ def power_to_db(S: Reals, *, ref: float | Literal["max"] | Callable[[Floats], An
     scale = np.float32(2.0 ** max(0, math.ceil(math.log2(1e-10 / amin))))
 
     def decibels(dst: Any, src: Any, n: int) -> int:
-        value = np.max(src) if isinstance(ref, str) else ref(src) if callable(ref) else ref
-        powers = np.fmax(np.append(src, np.float32(abs(number("ref", value)))), np.float32(amin))
+        if isinstance(ref, str):
+            reference = np.fmax.reduce(src)
+        else:
+            reference = number("ref", ref(src)) if callable(ref) else abs(number("ref", ref))
+        powers = np.fmax(np.append(src, np.float32(reference)), np.float32(amin))
         if scale > 1 and powers.max() > np.finfo(np.float32).max / scale:
             raise ValueError(f"amin is {amin:g}; beside powers up to {powers.max():g} it must be a number not "
                              f"less than {6e-49 * float(powers.max()):.1g}")

@@ -151,7 +151,8 @@ class Values(unittest.TestCase):
             sa.lfilter([1 - radius], [1, -2 * radius * np.cos(1), radius**2], x)
         with warnings.catch_warnings():  # harmless roundings, and designs that are not stable themselves
             warnings.simplefilter("error")
-            for b, a in (low_pass(4, 0.05)[:2], ([1], [1, -1]), ([1], [1, -2.1, 1.3]), (noise(50) / 3.0, [0.7])):
+            for b, a in (low_pass(4, 0.05)[:2], ([1], [1, -1]), ([1], [1, -2.1, 1.3]), (noise(50) / 3.0, [0.7]),
+                         ([np.nan, 0.1], [1, 0.1])):
                 sa.lfilter(b, a, x[:9])
 
     def test_resample(self):  # measured: 3e-4 of a tone at a tenth of the rate
@@ -191,6 +192,9 @@ class Values(unittest.TestCase):
                         dict(ref=np.median, amin=1e-13, top_db=200), dict(ref=-2.5, amin=1e-20, top_db=None)):
             np.testing.assert_allclose(sa.power_to_db(powers, **options),
                                        references.decibels(powers, **options), atol=5e-5)
+        np.testing.assert_allclose(sa.power_to_db(np.float32([np.nan, 0.1, 1e-3]), ref="max"), [-80, 0, -20],
+                                   atol=1e-5)
+        np.testing.assert_allclose(sa.power_to_db([-1.0], ref=np.max), [0])  # a function's value is not |ref|
         rows = np.stack([references.decibels(row, np.max) for row in powers])
         np.testing.assert_allclose(sa.power_to_db(powers, ref="max", axis=-1), rows, atol=5e-5)
         exported = np.empty_like(powers)
