@@ -37,7 +37,8 @@
  *
  * There is nothing to initialise. Any number of threads may call any function at once. Tables
  * (twiddle factors, windows, filter banks, resampling filters) are computed on first use, shared by
- * the process, and kept until it ends.
+ * the process, and kept until it ends. The process may fork while its threads make calls: the child
+ * may make any call, too.
  */
 #ifndef SORVO_AUDIO_H
 #define SORVO_AUDIO_H

@@ -2,6 +2,8 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <type_traits>
 #include <utility>
 
 #include "util/exceptions.h"
@@ -58,6 +60,15 @@ std::vector<float> plain_table(std::size_t n, const Roots& root) {
     return table;
 }
 
+const std::vector<float>& ref_table_of(int n, TableCache<int, std::vector<float>>& tables,
+                                       bool inverse) {
+    return tables.ref(n, [&] {
+        std::map<int, std::vector<float>> built;
+        FftTable::init_fft_table(n, built, inverse);
+        return std::move(built.begin()->second);
+    });
+}
+
 }  // namespace
 
 bool is_pow2(int n) {
@@ -66,6 +77,7 @@ bool is_pow2(int n) {
 
 FftTable& FftTable::instance() {
     static FftTable table;
+    static_assert(std::is_trivially_destructible_v<FftTable>, "used during exit, too");
     return table;
 }
 
@@ -82,30 +94,23 @@ void FftTable::init_fft_table(int n, std::map<int, std::vector<float>>& tables, 
 }
 
 const std::vector<float>& FftTable::ref_table(int n) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    init_fft_table(n, forward_.tables, false);
-    return forward_.tables.at(n);
+    return ref_table_of(n, forward_.tables, false);
 }
 
 const std::vector<float>& FftTable::ref_inv_table(int n) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    init_fft_table(n, inverse_.tables, true);
-    return inverse_.tables.at(n);
+    return ref_table_of(n, inverse_.tables, true);
 }
 
 const FftPlan& FftTable::ref_plan(int n, Entries& entries, bool inverse) {
-    const FftPlan* const latest = entries.latest.load(std::memory_order_acquire);
-    if (latest != nullptr && latest->view().n == static_cast<std::size_t>(n)) {
-        return *latest;
+    const std::uint32_t hash = static_cast<std::uint32_t>(n) * 2654435769U;  // 2^32 / golden ratio
+    std::atomic<const FftPlan*>& recent = entries.recent[hash >> 26U];
+    const FftPlan* plan = recent.load(std::memory_order_acquire);
+    if (plan == nullptr || plan->view().n != static_cast<std::size_t>(n)) {
+        const std::vector<float>& table = ref_table_of(n, entries.tables, inverse);
+        plan = &entries.plans.ref(n, [&] { return FftPlan(n, table); });
+        recent.store(plan, std::memory_order_release);
     }
-    const std::lock_guard<std::mutex> lock(mutex_);
-    auto plan = entries.plans.find(n);
-    if (plan == entries.plans.end()) {
-        init_fft_table(n, entries.tables, inverse);
-        plan = entries.plans.emplace(n, FftPlan(n, entries.tables.at(n))).first;
-    }
-    entries.latest.store(&plan->second, std::memory_order_release);
-    return plan->second;
+    return *plan;
 }
 
 const FftPlan& FftTable::ref_plan(int n) {

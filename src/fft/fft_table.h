@@ -1,11 +1,12 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <map>
-#include <mutex>
 #include <vector>
 
 #include "fft/fft_plan.h"
+#include "util/table_cache.h"
 
 namespace sorvo::audio {
 
@@ -43,19 +44,20 @@ class FftTable {
 
   private:
     FftTable() = default;
-    /// The entries of one direction. A plan points into its table, whose elements stay where they
-    /// are; it is built on its first request, too.
+    /// The entries of one direction. A plan points into its table; it is built on its first
+    /// request, too.
     struct Entries {
-        std::map<int, std::vector<float>> tables;
-        std::map<int, FftPlan> plans;
-        /// The plan that was asked for last, which most often is asked for again: without the lock.
-        std::atomic<const FftPlan*> latest{nullptr};
+        TableCache<int, std::vector<float>> tables{Cache::fft};
+        TableCache<int, FftPlan> plans{Cache::fft};
+        /// Plans that were asked for last and most often are asked for again, found without a
+        /// search. Each length has one place here, so that threads at work on a few lengths do not
+        /// keep overwriting each other's.
+        std::array<std::atomic<const FftPlan*>, 64> recent{};
     };
-    const FftPlan& ref_plan(int n, Entries& entries, bool inverse);
+    static const FftPlan& ref_plan(int n, Entries& entries, bool inverse);
 
     Entries forward_;
     Entries inverse_;
-    std::mutex mutex_;
 };
 
 }  // namespace sorvo::audio

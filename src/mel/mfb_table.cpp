@@ -2,7 +2,7 @@
 
 #include <cmath>
 #include <limits>
-#include <utility>
+#include <type_traits>
 
 #include "mel/filter_bank.h"
 #include "mel/mel_conversion.h"
@@ -12,8 +12,8 @@ namespace sorvo::audio {
 namespace {
 
 /// One NaN bound makes every weight NaN, whatever the other bound is, so all such banks are one;
-/// its key has both bounds at minus infinity, which gives the same weights and keeps the map's
-/// order.
+/// its key has both bounds at minus infinity, which gives the same weights and keeps the
+/// order of keys.
 MelFilterBankParam without_nan(MelFilterBankParam key) {
     if (std::isnan(key.f_min) || std::isnan(key.f_max)) {
         key.f_min = -std::numeric_limits<float>::infinity();
@@ -48,13 +48,11 @@ bool MelFilterBankParam::operator<(const MelFilterBankParam& other) const {
 
 MFBTable& MFBTable::instance() {
     static MFBTable table;
+    static_assert(std::is_trivially_destructible_v<MFBTable>, "used during exit, too");
     return table;
 }
 
-void MFBTable::init_mfb_table(const MelFilterBankParam& key) {
-    if (table_.count(key) != 0) {
-        return;
-    }
+MFBTable::Entry MFBTable::init_mfb_table(const MelFilterBankParam& key) {
     Entry entry;
     entry.bank = make_zeros<std::vector<float>>(static_cast<std::uint64_t>(key.mel_n));
     for (std::vector<float>& row : entry.bank) {
@@ -66,14 +64,12 @@ void MFBTable::init_mfb_table(const MelFilterBankParam& key) {
     for (const std::vector<float>& row : entry.bank) {
         entry.bands.push_back(nonzero_band(row.data(), row.size()));
     }
-    table_.emplace(key, std::move(entry));
+    return entry;
 }
 
 const MFBTable::Entry& MFBTable::ref(MelFilterBankParam key) {
-    const std::lock_guard<std::mutex> lock(mutex_);
     key = without_nan(key);
-    init_mfb_table(key);
-    return table_.find(key)->second;
+    return table_.ref(key, [&] { return init_mfb_table(key); });
 }
 
 const std::vector<std::vector<float>>& MFBTable::ref_table(int freq_n, float f_min, float f_max,

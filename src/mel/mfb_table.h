@@ -1,11 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
-#include <mutex>
 #include <vector>
 
 #include "mel/mel_kernels.h"
+#include "util/table_cache.h"
 
 namespace sorvo::audio {
 
@@ -20,7 +19,7 @@ struct MelFilterBankParam {
     bool htk;
 
     /// Lexicographic in field order. A NaN decides nothing, so keys with a NaN have no place in
-    /// this order; MFBTable keeps them out of its map.
+    /// this order; MFBTable keeps them out of its cache.
     bool operator<(const MelFilterBankParam& other) const;
 };
 
@@ -49,12 +48,9 @@ class MFBTable {
 
     MFBTable() = default;
     const Entry& ref(MelFilterBankParam key);
-    /// Builds the bank unless it is there; the mutex is held. It becomes visible only when
-    /// complete.
-    void init_mfb_table(const MelFilterBankParam& key);
+    static Entry init_mfb_table(const MelFilterBankParam& key);
 
-    std::map<MelFilterBankParam, Entry> table_;
-    std::mutex mutex_;
+    TableCache<MelFilterBankParam, Entry> table_{Cache::mel};
 };
 
 }  // namespace sorvo::audio

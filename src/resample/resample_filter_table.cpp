@@ -6,6 +6,7 @@
 #include <limits>
 #include <new>
 #include <numeric>
+#include <type_traits>
 #include <utility>
 
 #include "util/zeros.h"
@@ -16,16 +17,6 @@ namespace {
 constexpr double pi = 3.141592653589793;
 constexpr double two_pi = 6.283185307179586;
 constexpr double four_pi = 12.566370614359172;
-
-struct Ratio {
-    int up;
-    int down;
-};
-
-Ratio reduced(int dst_sample_rate, int src_sample_rate) {
-    const int divisor = std::gcd(dst_sample_rate, src_sample_rate);
-    return {dst_sample_rate / divisor, src_sample_rate / divisor};
-}
 
 /// Fails at once where the taps of `up` phases cannot be had. Without this a ratio of two large
 /// coprime rates would fill the machine's memory phase by phase before the first refusal.
@@ -45,19 +36,19 @@ double tap(double t, double fc) {
     return window * kernel;
 }
 
-std::vector<std::vector<double>> design(const Ratio& ratio) {
-    const auto up = static_cast<std::size_t>(ratio.up);
+std::vector<std::vector<double>> design(int up_factor, int down_factor) {
+    const auto up = static_cast<std::size_t>(up_factor);
     require_memory(up);
     auto coef = make_zeros<std::vector<double>>(up);
     for (std::vector<double>& phase : coef) {
         phase = make_zeros<double>(ResampleFilterTable::tap_n);
     }
-    const double fc = ratio.up > ratio.down
+    const double fc = up_factor > down_factor
                           ? 1.0
-                          : static_cast<double>(ratio.up) / static_cast<double>(ratio.down);
-    const double centre = static_cast<double>(ratio.up - 1) * 0.5;
+                          : static_cast<double>(up_factor) / static_cast<double>(down_factor);
+    const double centre = static_cast<double>(up_factor - 1) * 0.5;
     for (std::size_t p = 0; p < up; ++p) {
-        const double offset = (static_cast<double>(p) - centre) / static_cast<double>(ratio.up);
+        const double offset = (static_cast<double>(p) - centre) / static_cast<double>(up_factor);
         for (int k = 0; k < ResampleFilterTable::tap_n; ++k) {
             coef[p][static_cast<std::size_t>(k)] = tap(static_cast<double>(k - 32) + offset, fc);
         }
@@ -67,83 +58,62 @@ std::vector<std::vector<double>> design(const Ratio& ratio) {
 
 }  // namespace
 
+ResampleFilterTable::Ratio::Ratio(int dst_sample_rate, int src_sample_rate) {
+    const int divisor = std::gcd(dst_sample_rate, src_sample_rate);
+    up = dst_sample_rate / divisor;
+    down = src_sample_rate / divisor;
+}
+
+bool ResampleFilterTable::Ratio::operator<(const Ratio& other) const {
+    return down != other.down ? down < other.down : up < other.up;
+}
+
 ResampleFilterTable& ResampleFilterTable::instance() {
     static ResampleFilterTable table;
+    static_assert(std::is_trivially_destructible_v<ResampleFilterTable>, "used during exit, too");
     return table;
 }
 
-std::optional<unsigned> ResampleFilterTable::find(int up, int down) const {
-    const auto range = down_index_.equal_range(down);
-    for (auto entry = range.first; entry != range.second; ++entry) {
-        if (up_.find(entry->second)->second == up) {
-            return entry->second;
-        }
-    }
-    return std::nullopt;
-}
-
-unsigned ResampleFilterTable::init_filter(int dst_sample_rate, int src_sample_rate) {
-    const Ratio ratio = reduced(dst_sample_rate, src_sample_rate);
-    if (const auto index = find(ratio.up, ratio.down)) {
-        return *index;
-    }
-    // Everything that can fail happens on maps of this call; merging them moves nodes and cannot
-    // fail.
-    const unsigned index = next_index_;
-    std::map<unsigned, std::vector<std::vector<double>>> coef;
-    coef.emplace(index, design(ratio));
-    std::map<unsigned, std::vector<int>> diff;
-    std::map<unsigned, std::vector<int>> kiro;
-    std::vector<int>& advances =
-        diff.emplace(index, make_zeros<int>(static_cast<std::uint64_t>(ratio.up))).first->second;
-    std::vector<int>& phases =
-        kiro.emplace(index, make_zeros<int>(static_cast<std::uint64_t>(ratio.up))).first->second;
+ResampleFilterTable::Filter ResampleFilterTable::init_filter(const Ratio& ratio) {
+    std::vector<std::vector<double>> coef = design(ratio.up, ratio.down);
+    auto diff = make_zeros<int>(static_cast<std::uint64_t>(ratio.up));
+    auto kiro = make_zeros<int>(static_cast<std::uint64_t>(ratio.up));
     std::int64_t phase = (ratio.up - 1) / 2;
-    for (std::size_t i = 0; i < phases.size(); ++i) {
-        phases[i] = static_cast<int>(phase);
-        advances[i] = static_cast<int>((phase + ratio.down) / ratio.up);
+    for (std::size_t i = 0; i < kiro.size(); ++i) {
+        kiro[i] = static_cast<int>(phase);
+        diff[i] = static_cast<int>((phase + ratio.down) / ratio.up);
         phase = (phase + ratio.down) % ratio.up;
     }
-    std::map<unsigned, TapGroups> groups;
-    groups.emplace(index, TapGroups(coef.find(index)->second, phases, advances));
-    std::map<unsigned, int> up{{index, ratio.up}};
-    std::multimap<int, unsigned> down_index{{ratio.down, index}};
+    TapGroups groups(coef, kiro, diff);
+    return {next_index_++, std::move(coef), std::move(diff), std::move(kiro), std::move(groups)};
+}
 
-    coef_.merge(coef);
-    diff_.merge(diff);
-    kiro_.merge(kiro);
-    groups_.merge(groups);
-    up_.merge(up);
-    down_index_.merge(down_index);
-    ++next_index_;
-    return index;
+const ResampleFilterTable::Filter& ResampleFilterTable::ref(int dst_sample_rate,
+                                                            int src_sample_rate) {
+    const Ratio ratio(dst_sample_rate, src_sample_rate);
+    return filters_.ref(ratio, [&] { return init_filter(ratio); });
 }
 
 unsigned ResampleFilterTable::detect_idx(int dst_sample_rate, int src_sample_rate) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    const Ratio ratio = reduced(dst_sample_rate, src_sample_rate);
-    return find(ratio.up, ratio.down).value_or(0);
+    const Filter* const filter = filters_.find(Ratio(dst_sample_rate, src_sample_rate));
+    return filter != nullptr ? filter->index : 0;
 }
 
 const std::vector<std::vector<double>>& ResampleFilterTable::ref_coef(int dst_sample_rate,
                                                                       int src_sample_rate) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return coef_.find(init_filter(dst_sample_rate, src_sample_rate))->second;
+    return ref(dst_sample_rate, src_sample_rate).coef;
 }
 
 const std::vector<int>& ResampleFilterTable::ref_diff(int dst_sample_rate, int src_sample_rate) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return diff_.find(init_filter(dst_sample_rate, src_sample_rate))->second;
+    return ref(dst_sample_rate, src_sample_rate).diff;
 }
 
 const std::vector<int>& ResampleFilterTable::ref_kiro(int dst_sample_rate, int src_sample_rate) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return kiro_.find(init_filter(dst_sample_rate, src_sample_rate))->second;
+    return ref(dst_sample_rate, src_sample_rate).kiro;
 }
 
 const TapGroups& ResampleFilterTable::ref_groups(int dst_sample_rate, int src_sample_rate) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    return groups_.find(init_filter(dst_sample_rate, src_sample_rate))->second;
+    return ref(dst_sample_rate, src_sample_rate).groups;
 }
 
 }  // namespace sorvo::audio

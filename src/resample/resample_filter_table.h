@@ -1,12 +1,10 @@
 #pragma once
 
-#include <map>
-#include <mutex>
-#include <optional>
 #include <vector>
 
 #include "resample/resample_kernels.h"
 #include "resample/tap_groups.h"
+#include "util/table_cache.h"
 
 namespace sorvo::audio {
 
@@ -39,20 +37,29 @@ class ResampleFilterTable {
     unsigned detect_idx(int dst_sample_rate, int src_sample_rate);
 
   private:
-    ResampleFilterTable() = default;
-    /// Builds the table unless it is there and returns its index; the mutex is held. A table
-    /// becomes visible only when it is complete.
-    unsigned init_filter(int dst_sample_rate, int src_sample_rate);
-    std::optional<unsigned> find(int up, int down) const;
+    /// In lowest terms.
+    struct Ratio {
+        Ratio(int dst_sample_rate, int src_sample_rate);
+        bool operator<(const Ratio& other) const;
 
-    std::multimap<int, unsigned> down_index_;
-    std::map<unsigned, int> up_;
-    std::map<unsigned, std::vector<std::vector<double>>> coef_;
-    std::map<unsigned, std::vector<int>> diff_;
-    std::map<unsigned, std::vector<int>> kiro_;
-    std::map<unsigned, TapGroups> groups_;
+        int up;
+        int down;
+    };
+    struct Filter {
+        unsigned index;
+        std::vector<std::vector<double>> coef;
+        std::vector<int> diff;
+        std::vector<int> kiro;
+        TapGroups groups;
+    };
+
+    ResampleFilterTable() = default;
+    const Filter& ref(int dst_sample_rate, int src_sample_rate);
+    /// Designs the filter and gives it the next index. The lock of the cache is held.
+    Filter init_filter(const Ratio& ratio);
+
+    TableCache<Ratio, Filter> filters_{Cache::resample};
     unsigned next_index_ = 0;
-    std::mutex mutex_;
 };
 
 }  // namespace sorvo::audio

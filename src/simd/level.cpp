@@ -44,14 +44,12 @@ bool is_supported(SimdLevel /*level*/) {
 #endif
 
 SimdLevel simd_level() {
-    static const SimdLevel best = [] {
-        SimdLevel highest{};
-        for (const SimdLevel level : all_simd_levels()) {
-            highest = is_supported(level) ? level : highest;
-        }
-        return highest;
-    }();
-    return best;
+    SimdLevel highest{};
+#define SORVO_SEEK(level, ...) \
+    highest = is_supported(SimdLevel::level) ? SimdLevel::level : highest;
+    SORVO_SIMD_LEVELS(SORVO_SEEK, )
+#undef SORVO_SEEK
+    return highest;
 }
 
 }  // namespace sorvo::audio

@@ -35,7 +35,8 @@ const char* simd_level_name(SimdLevel level);
 /// True if this processor has the level.
 bool is_supported(SimdLevel level);
 
-/// The highest supported level; decided once.
+/// The highest supported level. Sought each time, which costs next to nothing: an answer that one
+/// thread computes and others wait for would never come where fork() leaves that thread behind.
 SimdLevel simd_level();
 
 }  // namespace sorvo::audio

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
+#include <type_traits>
 
 #include "util/zeros.h"
 
@@ -12,13 +12,11 @@ namespace sorvo::audio {
 
 WindowTable& WindowTable::instance() {
     static WindowTable table;
+    static_assert(std::is_trivially_destructible_v<WindowTable>, "used during exit, too");
     return table;
 }
 
-void WindowTable::init_window(int window_n, int win_type) {
-    if (windows(win_type).count(window_n) != 0) {
-        return;
-    }
+std::vector<float> WindowTable::init_window(int window_n, int win_type) {
     auto window = make_zeros<float>(static_cast<std::uint64_t>(std::max(window_n, 0)));
     for (std::size_t i = 0; i < window.size(); ++i) {
         // The angle is formed in double and rounded once; everything after it is single precision.
@@ -27,13 +25,13 @@ void WindowTable::init_window(int window_n, int win_type) {
         const float c = ::cosf(theta);
         window[i] = win_type == 2 ? c * -0.46F + 0.54F : 0.5F - c * 0.5F;
     }
-    windows(win_type).emplace(window_n, std::move(window));
+    return window;
 }
 
 const std::vector<float>& WindowTable::ref_table(int window_n, int win_type) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    init_window(window_n, win_type);
-    return windows(win_type).find(window_n)->second;
+    return (win_type == 2 ? hamming_ : hann_).ref(window_n, [&] {
+        return init_window(window_n, win_type);
+    });
 }
 
 }  // namespace sorvo::audio

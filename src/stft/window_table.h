@@ -1,8 +1,8 @@
 #pragma once
 
-#include <map>
-#include <mutex>
 #include <vector>
+
+#include "util/table_cache.h"
 
 namespace sorvo::audio {
 
@@ -22,17 +22,11 @@ class WindowTable {
     const std::vector<float>& ref_table(int window_n, int win_type);
 
   private:
-    using Windows = std::map<int, std::vector<float>>;
-
     WindowTable() = default;
-    Windows& windows(int win_type) { return win_type == 2 ? hamming_ : hann_; }
-    /// Builds the window unless it is there; the mutex is held. It becomes visible only when
-    /// complete.
-    void init_window(int window_n, int win_type);
+    static std::vector<float> init_window(int window_n, int win_type);
 
-    Windows hann_;
-    Windows hamming_;
-    std::mutex mutex_;
+    TableCache<int, std::vector<float>> hann_{Cache::window};
+    TableCache<int, std::vector<float>> hamming_{Cache::window};
 };
 
 }  // namespace sorvo::audio
