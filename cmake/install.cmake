@@ -3,11 +3,15 @@ include(CMakePackageConfigHelpers)
 
 install(FILES "${PROJECT_SOURCE_DIR}/include/sorvo_audio.h"
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT development)
-install(TARGETS sorvo_audio EXPORT sorvo_audio_targets
-        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime
-        NAMELINK_COMPONENT development)
-install(TARGETS sorvo_audio_static EXPORT sorvo_audio_targets
-        ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+if(TARGET sorvo_audio)
+    install(TARGETS sorvo_audio EXPORT sorvo_audio_targets
+            LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime
+            NAMELINK_COMPONENT development)
+endif()
+if(TARGET sorvo_audio_static)
+    install(TARGETS sorvo_audio_static EXPORT sorvo_audio_targets
+            ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+endif()
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/sorvo_audio")
 install(EXPORT sorvo_audio_targets NAMESPACE sorvo::
@@ -21,6 +25,12 @@ install(FILES "${PROJECT_BINARY_DIR}/sorvo_audio-config.cmake"
         DESTINATION "${package_dir}" COMPONENT development)
 
 # The pkg-config file finds its prefix from its own place, so an installed tree may be moved.
+# A program that links the static library needs the runtime too: always, if there is no other library.
+if(TARGET sorvo_audio)
+    set(pc_runtime_of_static "-lstdc++ -lm")
+else()
+    set(pc_runtime "-lstdc++ -lm")
+endif()
 set(pkgconfig_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
     BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}/${pkgconfig_dir}" OUTPUT_VARIABLE prefix_from_pc)

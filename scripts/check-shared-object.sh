@@ -36,7 +36,14 @@ readelf -lW "$library" | grep 'GNU_STACK' | grep -q 'RWE' && fail "its stack is 
 readelf -lW "$library" | grep -q 'GNU_RELRO' || fail "no RELRO"
 readelf -d "$library" | grep -q 'BIND_NOW' || fail "symbols are bound lazily, so RELRO is partial"
 nm -D "$library" | grep -q '__stack_chk_fail' || fail "no stack protector"
-grep -q '_FORTIFY_SOURCE=2' build/abi/build.ninja || fail "built without _FORTIFY_SOURCE"
+for flag in -D_FORTIFY_SOURCE=2 -fstack-clash-protection -fcf-protection; do
+    grep -q -e "$flag" build/abi/build.ninja || fail "built without $flag"
+done
+
+cmake --preset release -DSORVO_AUDIO_BUILD_TOOLS=ON >/dev/null
+cmake --build --preset release --target sorvo-audio >/dev/null
+readelf -dW build/release/tools/sorvo-audio | grep -q 'FLAGS_1.*NOW.*PIE' ||
+    fail "the tool is at a fixed address, or binds symbols lazily"
 
 abi=cmake/sorvo_audio.abi
 abidw --no-corpus-path --no-comp-dir-path --no-show-locs --exported-interfaces-only \

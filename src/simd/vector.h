@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "simd/inline.h"
+#include "util/numeric_contract.h"
 
 // Vectors pass only between functions that are inlined into one another: how a call would pass them
 // does not matter.

@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "util/numeric_contract.h"
+
 namespace sorvo::Util::Exceptions {
 
 /// Root of the library's exceptions: a message, a status code, and context that a caller which

@@ -1,5 +1,5 @@
 # Compares the names that the shared library exports with those that the header declares.
-cmake_minimum_required(VERSION 3.25)
+cmake_minimum_required(VERSION 3.22)
 
 execute_process(COMMAND "${NM}" -D --defined-only --format=posix "${LIBRARY}"
     OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
