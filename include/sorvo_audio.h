@@ -38,7 +38,14 @@
  * There is nothing to initialise. Any number of threads may call any function at once. Tables
  * (twiddle factors, windows, filter banks, resampling filters) are computed on first use, shared by
  * the process, and kept until it ends. The process may fork while its threads make calls: the child
- * may make any call, too.
+ * may make any call, too. So may exit handlers, destructors of static objects, and threads that are
+ * still running while main returns. dlclose() leaves the library loaded.
+ *
+ * Results are promised for threads in the default floating-point mode: rounding to nearest, no
+ * traps, denormal numbers kept. In another mode values may differ, and a trap that is not masked
+ * may occur; calls on ordinary samples raise neither FE_INVALID nor FE_DIVBYZERO nor FE_OVERFLOW.
+ * Tables are always computed in the default mode, so no thread's mode changes another's results,
+ * and no call changes the mode.
  */
 #ifndef SORVO_AUDIO_H
 #define SORVO_AUDIO_H

@@ -8,5 +8,5 @@ cmake --preset asan -DSORVO_AUDIO_BUILD_TOOLS=OFF >/dev/null
 cmake --build --preset asan
 ctest --preset asan -j2
 cmake --preset tsan -DSORVO_AUDIO_BUILD_TOOLS=OFF >/dev/null
-cmake --build --preset tsan --target robustness_threads_test fft_engine_test
-ctest --preset tsan -R 'threads|fft_engine'
+cmake --build --preset tsan --target robustness_threads_test fft_engine_test util_test
+ctest --preset tsan -R 'threads|fft_engine|util'
