@@ -2,7 +2,7 @@
  *
  * Transforms, spectrograms, mel spectrograms, filters, resampling and the small operations around
  * them, with the numeric conventions of the toolkits that models are trained with, and the same
- * bits on every x86-64 machine.
+ * bits on every x86-64 machine with the same C library.
  *
  * CONVENTIONS
  *
@@ -34,6 +34,10 @@
  * and infinite samples propagate as the formulas say.
  *
  * Input and output arrays must not overlap, except where a function says that they may be equal.
+ *
+ * Results do not depend on the processor. Those that pass through log10f, log1pf or atan2f (decibels,
+ * HTK mel banks, log1p, phases) depend on the C library, as glibc rounds these correctly from 2.41 on
+ * and did not before.
  *
  * There is nothing to initialise. Any number of threads may call any function at once. Tables
  * (twiddle factors, windows, filter banks, resampling filters) are computed on first use, shared by

@@ -8,7 +8,7 @@ import zipfile
 HERE = pathlib.Path(__file__).parent
 PACKAGE = HERE / "sorvo_audio"
 # A shared library that was put beside the modules is the first one that they look for.
-FILES = ("*.py", "py.typed", "libsorvo_audio.so.0")
+FILES = ("*.py", "py.typed", "digest_calls.txt", "libsorvo_audio.so.0")
 
 
 def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):

@@ -3,6 +3,7 @@
 Signals are [..., samples], spectrograms [..., bins, frames]; leading dimensions are batch dimensions.
 """
 from . import native, presets
+from ._digest import digest
 from ._warnings import SorvoAudioWarning
 from .filters import filtfilt, lfilter, lfilter_zi, resample, sosfilt, sosfilt_zi, sosfiltfilt
 from .measures import log1p, power_to_db, standardize, trim
@@ -16,5 +17,5 @@ __all__ = [
     "fft", "ifft", "stft", "istft", "melspectrogram", "mel_filterbank", "magphase", "frame_count",
     "get_window", "lfilter", "lfilter_zi", "filtfilt", "sosfilt", "sosfilt_zi", "sosfiltfilt", "resample",
     "power_to_db", "log1p", "standardize", "trim", "StftStream", "MelStream", "ResampleStream", "FilterStream",
-    "presets", "native", "SorvoAudioWarning"
+    "presets", "native", "digest", "SorvoAudioWarning"
 ]

@@ -54,7 +54,8 @@ class Package(unittest.TestCase):
                        "--target", folder, PYTHON)
             self.assertEqual(done.returncode, 0, done.stdout)
             package = pathlib.Path(folder, "sorvo_audio")
-            self.assertTrue((package / "py.typed").exists())
+            for data in ("py.typed", "digest_calls.txt"):
+                self.assertTrue((package / data).exists(), data)
             program = ("import sorvo_audio; print(sorvo_audio.__file__, sorvo_audio.native._library._name, "
                        "*sorvo_audio.get_window('hann', 4))")
             library = os.environ["SORVO_AUDIO_LIBRARY"]

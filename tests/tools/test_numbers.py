@@ -1,9 +1,13 @@
 """The numbers that sorvo-audio writes, against NumPy, SciPy and properties of the operations."""
+import sys
 import unittest
 
 import numpy as np
 import scipy.signal
-from support import ToolTest, read_wav, sine, write_wav
+from support import SOURCE, ToolTest, read_wav, sine, write_wav
+
+sys.path.append(f"{SOURCE}/docs/measured")
+from digests import published  # noqa: E402
 
 EPS = np.finfo(np.float32).eps
 
@@ -103,6 +107,12 @@ class Features(ToolTest):
                 again = self.make("istft", "s.npy", "again.wav", *options, "--sample-rate", 16000,
                                   "--length", len(original))
                 np.testing.assert_array_equal(again, original)  # 16 bits hide the float's rounding
+
+
+class Digests(ToolTest):
+    def test_every_function_has_the_published_bits(self):
+        printed = dict(line.split() for line in self.run_tool("digest")[0].splitlines())
+        self.assertEqual(printed, published())
 
 
 class Sounds(ToolTest):

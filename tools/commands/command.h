@@ -24,5 +24,6 @@ Command add_filtfilt_command(CLI::App& root);
 Command add_trim_command(CLI::App& root);
 Command add_presets_command(CLI::App& root);
 Command add_explain_command(CLI::App& root);
+Command add_digest_command(CLI::App& root);
 
 }  // namespace sorvo_tool
