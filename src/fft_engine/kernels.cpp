@@ -256,26 +256,31 @@ struct TwiddleStage {
     }
 };
 
-// The instruction sets. Each `call` compiles one kernel for one of them.
+// The instruction sets. Each `call` compiles one kernel for one level.
 
-struct Baseline {
+template <SimdLevel level>
+struct InstructionSet {
     template <class Kernel, class... Arguments>
     static void call(Arguments... arguments) {
         Kernel::template run<4>(arguments...);
     }
 };
-struct Avx2 {
+#if defined(__x86_64__) && !defined(SORVO_AUDIO_GENERIC)
+template <>
+struct InstructionSet<SimdLevel::avx2> {
     template <class Kernel, class... Arguments>
     [[gnu::target("avx2")]] static void call(Arguments... arguments) {
         Kernel::template run<8>(arguments...);
     }
 };
-struct Avx512 {
+template <>
+struct InstructionSet<SimdLevel::avx512> {
     template <class Kernel, class... Arguments>
     [[gnu::target("avx512f")]] static void call(Arguments... arguments) {
         Kernel::template run<16>(arguments...);
     }
 };
+#endif
 
 template <class Level, class In>
 constexpr InputKernels<In> make_input_kernels() {
@@ -321,8 +326,9 @@ constexpr Kernels make_kernels() {
     };
 }
 
-constexpr Kernels level_kernels[] = {make_kernels<Baseline>(), make_kernels<Avx2>(),
-                                     make_kernels<Avx512>()};
+#define SORVO_MAKE_KERNELS(level, ...) make_kernels<InstructionSet<SimdLevel::level>>(),
+constexpr Kernels level_kernels[] = {SORVO_SIMD_LEVELS(SORVO_MAKE_KERNELS, )};
+#undef SORVO_MAKE_KERNELS
 
 }  // namespace
 
