@@ -2,7 +2,8 @@
 # The Debian packages of each purpose; read by the other scripts.
 
 build_packages="g++ cmake ninja-build pkg-config libsndfile1-dev libcli11-dev libpng-dev libcairo2-dev"
-test_packages="$build_packages gcc libgtest-dev python3 python3-numpy python3-scipy"
+# What builds wheels; pip is not to ask for anything else.
+wheel_packages="g++ cmake ninja-build binutils python3-pip python3-setuptools python3-wheel python3-venv"
+test_packages="$build_packages gcc libgtest-dev mypy python3 python3-dask python3-distributed python3-numpy
+python3-scipy python3-soundfile python3-torchaudio python3-tqdm"
 recording_packages="espeak-ng sox"
-# What the remaining tests need; without these packages they say that they were skipped.
-all_test_packages="$test_packages mypy python3-dask python3-distributed python3-pip python3-soundfile python3-torchaudio python3-tqdm"

@@ -52,9 +52,9 @@ INT_MAX = 2**31 - 1
 
 
 def _load() -> ctypes.CDLL:
-    """The library beside this file, else that of SORVO_AUDIO_LIBRARY, else the system's."""
+    """The library of SORVO_AUDIO_LIBRARY, else the one beside this file, else the system's."""
     beside = pathlib.Path(__file__).with_name("libsorvo_audio.so.0")
-    path = str(beside) if beside.exists() else os.environ.get("SORVO_AUDIO_LIBRARY", beside.name)
+    path = os.environ.get("SORVO_AUDIO_LIBRARY") or (str(beside) if beside.exists() else beside.name)
     try:
         return ctypes.CDLL(path)
     except OSError as error:

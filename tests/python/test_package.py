@@ -1,7 +1,8 @@
-"""The package installs without a network or a compiler, and its types hold."""
+"""The package finds its library, its types hold, and what its page shows runs."""
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -28,7 +29,7 @@ class Package(unittest.TestCase):
 
     @unittest.skipUnless(has("mypy"), "mypy is not installed")
     def test_types(self):
-        done = run(*self.mypy, cwd=PYTHON)
+        done = run(*self.mypy, cwd=PYTHON.parent)
         self.assertEqual(done.returncode, 0, done.stdout)
 
     @unittest.skipUnless(has("mypy"), "mypy is not installed")
@@ -47,30 +48,26 @@ class Package(unittest.TestCase):
         for block in blocks:
             exec(block, {})
 
-    @unittest.skipUnless(has("pip"), "pip is not installed")
-    def test_install_and_search_for_the_library(self):
+    def test_search_for_the_library(self):
         with tempfile.TemporaryDirectory(prefix="with space ") as folder:
-            done = run(sys.executable, "-m", "pip", "install", "--no-index", "--no-deps", "--no-compile",
-                       "--target", folder, PYTHON)
-            self.assertEqual(done.returncode, 0, done.stdout)
             package = pathlib.Path(folder, "sorvo_audio")
-            for data in ("py.typed", "digest_calls.txt"):
-                self.assertTrue((package / data).exists(), data)
+            shutil.copytree(PYTHON / "sorvo_audio", package, ignore=shutil.ignore_patterns("*.so.0"))
             program = ("import sorvo_audio; print(sorvo_audio.__file__, sorvo_audio.native._library._name, "
                        "*sorvo_audio.get_window('hann', 4))")
             library = os.environ["SORVO_AUDIO_LIBRARY"]
-            environment = {**os.environ, "PYTHONPATH": folder}
-            expected = [str(package / "__init__.py"), library, "0.0", "0.5", "1.0", "0.5"]
 
-            def printed(**extra):
-                return run(sys.executable, "-c", program, cwd=folder, env={**environment, **extra}).stdout
+            def printed(environment):
+                return run(sys.executable, "-c", program, cwd=folder,
+                           env={**os.environ, "PYTHONPATH": folder, **environment}).stdout
 
-            self.assertEqual(printed(), " ".join(expected) + "\n")
-            self.assertIn("set SORVO_AUDIO_LIBRARY", printed(SORVO_AUDIO_LIBRARY="/nowhere.so"))
+            def loaded(path):
+                return f"{package / '__init__.py'} {path} 0.0 0.5 1.0 0.5\n"
+
             beside = package / "libsorvo_audio.so.0"
             beside.symlink_to(library)
-            expected[1] = str(beside)
-            self.assertEqual(printed(SORVO_AUDIO_LIBRARY="/nowhere.so"), " ".join(expected) + "\n")
+            self.assertEqual(printed({"SORVO_AUDIO_LIBRARY": library}), loaded(library))
+            self.assertEqual(printed({"SORVO_AUDIO_LIBRARY": ""}), loaded(beside))
+            self.assertIn("set SORVO_AUDIO_LIBRARY", printed({"SORVO_AUDIO_LIBRARY": "/nowhere.so"}))
 
 
 if __name__ == "__main__":
