@@ -30,6 +30,16 @@ for target in c_shared cpp_shared c_static cpp_static; do
     run "find_package $target" "$work/package/$target"
 done
 
+# The example, which is the program that the first page shows.
+# shellcheck disable=SC2016
+sed -n '/^```c$/,/^```$/{/^```/!p}' "$source/README.md" | diff "$source/examples/c/loudest_band.c" - || {
+    echo "README.md and examples/c show different programs" >&2
+    exit 1
+}
+"$cmake" -S "$source/examples/c" -B "$work/example" "-DCMAKE_PREFIX_PATH=$prefix" >/dev/null
+"$cmake" --build "$work/example" >/dev/null
+LD_LIBRARY_PATH=$libdir "$work/example/loudest_band"
+
 "$cmake" -S "$here/consumer" -B "$work/subdirectory" "-DSORVO_AUDIO_SOURCE=$source" >/dev/null
 "$cmake" --build "$work/subdirectory" -j2 >/dev/null
 for target in c_shared cpp_shared c_static cpp_static; do
