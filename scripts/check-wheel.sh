@@ -33,6 +33,8 @@ uses() { # from a folder where no module lies
 }
 uses | tee "$work/used"
 grep -q "library: $work/venv/" "$work/used" || fail "the wheel does not use its own library"
+SORVO_AUDIO_LIBRARY=$(echo "$work"/venv/lib/python3*/site-packages/sorvo_audio/libsorvo_audio.so.0) \
+    $python -B docs/measured/digests.py --check || fail "the wheel's library gives other bits"
 
 # Installed for editing, the modules are those of the source.
 "$work/venv/bin/pip" uninstall --quiet --yes sorvo-audio
