@@ -1,8 +1,5 @@
-#include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "api/call_frame.h"
 #include "elementwise/complex_norm.h"
@@ -10,7 +7,7 @@
 #include "elementwise/frame_length.h"
 #include "elementwise/nonsilent.h"
 #include "elementwise/standardize.h"
-#include "util/zeros.h"
+#include "math/arrays.h"
 
 using namespace sorvo::audio;
 using namespace sorvo::audio::api;
@@ -36,16 +33,8 @@ int sorvoAudioMagPhase(float* mag_dst, float* phase_dst, const float* src, int f
         require(frame_n >= 1, "Invalid frame_n value.");
         require(!(power < 0.0F), "Invalid power value.");  // NaN passes, and 0 does here
         require(is_one_of(phase_form, {0, 1}), "Invalid phase_form format.");
-        const auto n = static_cast<std::size_t>(frame_n);
-        auto row = make_zeros<float>(2 * n);
-        auto mag = make_zeros<float>(n);
-        auto phase = make_zeros<float>(phase_form == 0 ? n : 2 * n);
-        for (std::size_t r = 0; r < static_cast<std::size_t>(freq_n); ++r) {
-            std::copy_n(src + r * row.size(), row.size(), row.begin());
-            magphase_1d(mag, phase, row, power, phase_form != 0);
-            std::copy(mag.begin(), mag.end(), mag_dst + r * mag.size());
-            std::copy(phase.begin(), phase.end(), phase_dst + r * phase.size());
-        }
+        const std::size_t n = static_cast<std::size_t>(freq_n) * static_cast<std::size_t>(frame_n);
+        magphase_1d_core(mag_dst, phase_dst, src, n, power, phase_form != 0);
     });
 }
 
@@ -65,7 +54,7 @@ int sorvoAudioLog1p(float* dst, const float* src, int src_n) {
     }
     return run([=] {
         require(src_n > 0, "Invalid src_n size.");
-        std::transform(src, src + src_n, dst, [](float x) { return ::log1pf(x); });
+        take_log1p(dst, src, static_cast<std::size_t>(src_n));
     });
 }
 

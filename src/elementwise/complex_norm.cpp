@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
-#include <complex>
 #include <cstddef>
 
+#include "math/arrays.h"
 #include "math/power.h"
 
 namespace sorvo::audio {
@@ -56,20 +55,24 @@ void complex_norm_1d(std::vector<float>& data, float power) {
                            });
 }
 
+void magphase_1d_core(float* mag, float* phase, const float* src, std::size_t n, float power,
+                      bool complexPhase) {
+    std::array<float, tile_n> angles;
+    for_each_tile_of_norms(src, n, power,
+                           [&](const float* norms, std::size_t first, std::size_t count) {
+                               take_angles(angles.data(), src + 2 * first, count);
+                               std::copy_n(norms, count, mag + first);
+                               if (complexPhase) {
+                                   take_unit_numbers(phase + 2 * first, angles.data(), count);
+                               } else {
+                                   std::copy_n(angles.data(), count, phase + first);
+                               }
+                           });
+}
+
 void magphase_1d(std::vector<float>& mag, std::vector<float>& phase, std::vector<float>& src,
                  float power, bool complexPhase) {
-    complex_norm_1d(mag, src, power);
-    const std::size_t n = complexPhase ? mag.size() : phase.size();
-    for (std::size_t i = 0; i < n; ++i) {
-        const float angle = ::atan2f(src[2 * i + 1], src[2 * i]);
-        if (complexPhase) {
-            const std::complex<float> unit = std::exp(std::complex<float>(0.0F, angle));
-            phase[2 * i] = unit.real();
-            phase[2 * i + 1] = unit.imag();
-        } else {
-            phase[i] = angle;
-        }
-    }
+    magphase_1d_core(mag.data(), phase.data(), src.data(), mag.size(), power, complexPhase);
 }
 
 }  // namespace sorvo::audio

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "math/functions.h"
 #include "stft/framing.h"
 #include "util/exceptions.h"
 #include "util/float_to_int.h"
@@ -73,10 +74,10 @@ void detect_nonsilent_pos(int* pos, int* len, const float* src, int sample_n, in
             energy = std::max(energy, energy_floor);
             ref = std::max(ref, energy);
         }
-        const double ref_db = 10.0 * ::log10(ref);
+        const double ref_db = 10.0 * math::log10(ref);
         const double threshold = -static_cast<double>(thr_db);
         for (std::size_t t = 0; t < energies.size(); ++t) {
-            if (10.0 * ::log10(energies[t]) - ref_db > threshold) {
+            if (10.0 * math::log10(energies[t]) - ref_db > threshold) {
                 first = first < 0 ? static_cast<std::int64_t>(t) : first;
                 last = static_cast<std::int64_t>(t);
             }

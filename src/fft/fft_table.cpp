@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "math/functions.h"
 #include "util/exceptions.h"
 #include "util/zeros.h"
 
@@ -28,7 +29,7 @@ class Roots {
 
     Root operator()(std::size_t j) const {
         const auto angle = static_cast<float>(static_cast<double>(j) * step_);
-        return {::cosf(angle), ::sinf(angle)};
+        return {math::cosf(angle), math::sinf(angle)};
     }
 
   private:

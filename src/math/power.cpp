@@ -1,8 +1,8 @@
 #include "math/power.h"
 
 #include <algorithm>
-#include <cmath>
 
+#include "math/functions.h"
 #include "math/root_kernels.h"
 
 namespace sorvo::audio {
@@ -15,7 +15,7 @@ void raise_to_power(float* dst, const float* src, std::size_t n, float exponent,
     } else if (exponent == 0.0F) {
         std::fill_n(dst, n, 1.0F);
     } else {
-        std::transform(src, src + n, dst, [exponent](float x) { return ::powf(x, exponent); });
+        std::transform(src, src + n, dst, [exponent](float x) { return math::powf(x, exponent); });
     }
 }
 

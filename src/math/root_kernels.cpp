@@ -1,9 +1,8 @@
 #include "math/root_kernels.h"
 
+#include "math/functions.h"
 #include "math/root.h"
 #include "simd/shuffle.h"
-
-extern "C" float powf(float, float);
 
 namespace sorvo::audio::SORVO_LEVEL {
 namespace {
@@ -14,7 +13,7 @@ namespace {
     store(asked, x);
     for (; doubt != 0; doubt &= doubt - 1) {
         const int lane = __builtin_ctz(doubt);
-        dst[lane] = ::powf(asked[lane], 0.5F);
+        dst[lane] = math::powf(asked[lane], 0.5F);
     }
 }
 
@@ -29,7 +28,7 @@ void take_roots(float* dst, const float* src, std::size_t n) {
         }
     }
     for (; i < n; ++i) {
-        dst[i] = ::powf(src[i], 0.5F);
+        dst[i] = math::powf(src[i], 0.5F);
     }
 }
 

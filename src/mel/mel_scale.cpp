@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "math/functions.h"
+
 namespace sorvo::audio {
 namespace {
 
@@ -32,7 +34,7 @@ float mel_to_hz_slaney(float mel) {
 }
 
 float hz_to_mel_htk(float hz) {
-    return 2595.0F * ::log10f(1.0F + hz / 700.0F);
+    return 2595.0F * math::log10f(1.0F + hz / 700.0F);
 }
 
 float mel_to_hz_htk(float mel) {

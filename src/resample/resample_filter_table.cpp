@@ -9,6 +9,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "math/functions.h"
 #include "util/zeros.h"
 
 namespace sorvo::audio {
@@ -30,9 +31,11 @@ void require_memory(std::uint64_t up) {
 /// Windowed sinc of cut-off fc (a fraction of the source's Nyquist frequency) at distance t, in
 /// source samples, from the interpolation point. The Blackman window follows the point.
 double tap(double t, double fc) {
-    const double window = 0.42 + 0.5 * ::cos(t * two_pi / 65.0) + 0.08 * ::cos(t * four_pi / 65.0);
-    const double kernel =
-        ::fabs(t) <= std::numeric_limits<double>::epsilon() ? fc : ::sin(fc * (pi * t)) / (pi * t);
+    const double window =
+        0.42 + 0.5 * math::cos(t * two_pi / 65.0) + 0.08 * math::cos(t * four_pi / 65.0);
+    const double kernel = ::fabs(t) <= std::numeric_limits<double>::epsilon()
+                              ? fc
+                              : math::sin(fc * (pi * t)) / (pi * t);
     return window * kernel;
 }
 

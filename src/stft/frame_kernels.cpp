@@ -2,12 +2,11 @@
 
 #include "fft/lane_fft_general.inl"
 #include "fft/lane_fft_pow2.inl"
+#include "math/functions.h"
 #include "math/root.h"
 #include "simd/magnitude.h"
 #include "simd/shuffle.h"
 #include "stft/prefetch_row.h"
-
-extern "C" float powf(float, float);
 
 namespace sorvo::audio::SORVO_LEVEL {
 namespace {
@@ -81,7 +80,7 @@ struct PowerSink {
                 const auto lane = static_cast<std::size_t>(__builtin_ctzll(lanes));
                 float* const value =
                     out + (bin + lane / 16) * row + lane % 16 * (interleaved ? 2 : 1);
-                *value = ::powf(-*value, 0.5F);
+                *value = math::powf(-*value, 0.5F);
             }
         }
     }

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "math/functions.h"
 #include "util/zeros.h"
 
 namespace sorvo::audio {
@@ -22,7 +23,7 @@ std::vector<float> WindowTable::init_window(int window_n, int win_type) {
         // The angle is formed in double and rounded once; everything after it is single precision.
         const auto theta = static_cast<float>(static_cast<double>(i) * 6.283185307179586 /
                                               static_cast<double>(window_n));
-        const float c = ::cosf(theta);
+        const float c = math::cosf(theta);
         window[i] = win_type == 2 ? c * -0.46F + 0.54F : 0.5F - c * 0.5F;
     }
     return window;
