@@ -16,5 +16,12 @@ sed -i -E "s/(VERSION_MAJOR) [0-9]+/\1 ${minor%.*}/; s/(VERSION_MINOR) [0-9]+/\1
 sed -i -E "s/^__version__ = .*/__version__ = \"$version\"/" python/sorvo_audio/__init__.py
 sed -i -E "1s/sorvo-audio [0-9.]+/sorvo-audio $version/" docs/man/sorvo-audio.1
 sed -i -E "s/(find_package\(sorvo_audio) [0-9.]+/\1 $minor/" tests/install/consumer/CMakeLists.txt
+# Debian's changelog has an entry per version; what changed is in ours.
+{
+    sed -E "1s/\(.*\)/($version)/; /^ -- /s/  .*/  $(date -R)/" debian/changelog | sed '/^ -- /q'
+    echo
+    cat debian/changelog
+} >debian/changelog.new
+mv debian/changelog.new debian/changelog
 sed -i "s/^## Unreleased/&\n\n## $version - $(date +%F)/" CHANGELOG.md
 git --no-pager diff --stat
