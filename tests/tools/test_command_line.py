@@ -108,6 +108,10 @@ class Errors(CommandLineTest):
             (2, "filter speech.wav -o x.wav", "--b"),
             (2, "filter speech.wav -o x.wav --b 1,two", "--b: 'two'"),
             (2, "filter speech.wav -o x.wav --b 1 --a 0,1", "--a: .*0"),
+            (2, "filter speech.wav -o x.wav --sos 1,2,1,1,0", "--sos: 1,2,1,1,0 has 5 .*6 in each"),
+            (2, "filter speech.wav -o x.wav --sos 1,2,1,0,1,0", "--sos: .*0"),
+            (2, "filtfilt speech.wav -o x.wav --sos real.npy", "--sos: real.npy is no .*6"),
+            (2, "filtfilt speech.wav -o x.wav --b 1 --sos 1,0,0,1,0,0", "--sos: contradicts --b"),
             # Inputs: the file.
             (1, "mel none.wav -o x.npy", "mel: none.wav: .*no such file"),
             (1, "mel empty.wav -o x.npy", "empty.wav: "),
@@ -286,6 +290,24 @@ class Words(CommandLineTest):
         mixed = self.make("filter", "stereo.wav", "m.npy", "--b", 1, "--mono")
         self.assertLess(np.abs(mixed - read_wav("stereo.wav")[1].mean(axis=1)).max(), 1e-7)
 
+    def test_a_filter_that_rounding_spoils_is_said(self):
+        def note(design, **keywords):
+            given = scipy.signal.butter(*design, **keywords)
+            words = (["--b", ",".join(map(repr, given[0].tolist())), "--a", ",".join(map(repr, given[1].tolist()))]
+                     if len(given) == 2 and "output" not in keywords else
+                     [word for row in given for word in ("--sos", ",".join(map(repr, row.tolist())))])
+            out, _ = self.run_tool("filter", "speech.wav", "-o", "x.npy", "--force", *words)
+            found = re.search("note: with its coefficients rounded to single precision, the filter (.*)", out)
+            return found and found[1]
+        self.assertRegex(note((4, 0.005)), r"has a response that is \d+ % off; give it in sections, by --sos")
+        for cutoff in (0.001, 0.0005):  # poles beyond the unit circle, and one on it
+            self.assertRegex(note((3, cutoff)), r"is not stable; give it in sections, by --sos")
+        self.assertRegex(note((2, 1e-4)), r"filter at a lower sample rate")
+        self.assertRegex(note((4, (0.5, 0.5001)), btype="bandpass"), "give it in sections")
+        for design in ((4, 0.1), (2, 0.05)):
+            self.assertIsNone(note(design))
+        self.assertIsNone(note((8, 0.01), output="sos"))
+
     def test_silence_is_said_and_dark(self):
         write_wav("silent.wav", np.zeros(8000))
         out, _ = self.run_tool("mel", "silent.wav", "-o", "silent.png", "--raw")
@@ -339,6 +361,8 @@ class Words(CommandLineTest):
             ("filter", "--b 0.2 --a 1,-0.7 --settled", ""),
             ("filtfilt", "--b 0.2 --a 1,-0.7 --pad-type even --pad-len 50", ""),
             ("filtfilt", "--b 0.5,0.5 --pad-type none", ""),
+            ("filter", "--sos 0.2,0.4,0.2,1,-0.4,0.2 --sos 1,1,0,1,-0.5,0 --settled", ""),
+            ("filtfilt", "--sos 0.2,0.4,0.2,1,-0.4,0.2 --sos 1,1,0,1,-0.5,0 --pad-type even", ""),
         ]
         ran = 0
         for command, options, explained in cases:

@@ -1,61 +1,124 @@
 #include "commands/features.h"
 
+#include <sorvo_audio.h>
+
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
-#include <limits>
+#include <optional>
 #include <utility>
 
-#include "support/sound.h"
 #include "support/text.h"
 
 namespace sorvo_tool {
 
-Signal load_signal(const std::string& path, int sample_rate, Report& report) {
-    const Sound sound = read_sound(path);
-    report.seconds = sound.seconds();
-    report.facts.add("sample_rate", number(sound.sample_rate));
-    report.facts.add("channels", number(sound.channels.size()));
-    report.facts.add("samples", number(sound.sample_n()));
-    report.facts.add("seconds", sound.seconds());
+SignalReader::SignalReader(const std::string& path, const ReadingOptions& options, int sample_rate)
+    : reader_(path, options),
+      sample_rate_(sample_rate > 0 ? sample_rate : reader_.format().sample_rate),
+      resampler_(reader_.format().sample_rate, sample_rate_, options.most_ratio, path) {}
 
-    Signal signal{mix_down(sound), sound.sample_rate};
-    if (sound.channels.size() > 1)
-        report.notes.push_back(counted(sound.channels.size(), "channel") + " mixed down to one");
-    if (sample_rate > 0 && sample_rate != sound.sample_rate) {
-        signal.samples = resample(signal.samples, sound.sample_rate, sample_rate, path);
-        signal.sample_rate = sample_rate;
-        report.notes.push_back("converted from " + std::to_string(sound.sample_rate) + " to " +
-                               std::to_string(sample_rate) + " Hz");
+bool SignalReader::read(std::vector<float>& samples) {
+    if (has_ended_) return false;
+    has_ended_ = !reader_.read(block_);
+    samples = has_ended_ ? resampler_.flush() : resampler_.push(mix_down(block_));
+    return true;
+}
+
+void SignalReader::describe(Report& report) const {
+    reader_.describe(report);
+    const SoundFormat& format = reader_.format();
+    if (format.channel_n > 1)
+        report.notes.push_back(counted(format.channel_n, "channel") + " mixed down to one");
+    if (format.sample_rate != sample_rate_)
+        report.notes.push_back("converted from " + std::to_string(format.sample_rate) + " to " +
+                               std::to_string(sample_rate_) + " Hz");
+}
+
+int frames_at_once(const FrameSettings& frame) {
+    constexpr int float_n = 1 << 19;
+    return std::max(1, float_n / (frame.fft_n / 2 + 1) / 2);
+}
+
+Failure too_short(const FrameSettings& frame, std::int64_t sample_n, const std::string& file) {
+    return {Exit::input_failed, file,
+            "is too short, " + counted(static_cast<std::size_t>(sample_n), "sample"),
+            "one frame needs " + std::to_string(frame.fft_n) + ", --n-fft",
+            "give a longer sound or a smaller --n-fft"};
+}
+
+Decibels::Decibels(const Table& table, Change to_powers, float top_db, std::string file)
+    : to_powers_(std::move(to_powers)), top_db_(top_db), file_(std::move(file)) {
+    table.for_each_piece([&](std::vector<float>& cells) {
+        to_powers_(cells);
+        for (const float power : cells) largest_ = power > largest_ ? power : largest_;
+    });
+}
+
+void Decibels::operator()(std::vector<float>& cells) const {
+    to_powers_(cells);
+    cells.push_back(largest_);  // the library's decibels are relative to the largest it sees
+    check_status(sorvoAudioConvertPowerToDB(cells.data(), cells.data(),
+                                            static_cast<int>(cells.size()), top_db_),
+                 "sorvoAudioConvertPowerToDB", file_);
+    cells.pop_back();
+}
+
+Change powers_of(float power) {
+    return [=](std::vector<float>& values) {
+        if (power == 2) return;
+        for (float& value : values) value = std::pow(value, 2 / power);
+    };
+}
+
+void Range::take(const std::vector<float>& cells) {
+    for (const float value : cells) {
+        if (value_n_ == 0) lowest_ = highest_ = value;
+        if (value < lowest_) lowest_ = value;
+        if (value > highest_) {
+            highest_ = value;
+            peak_ = value_n_;
+        }
+        sum_ += static_cast<double>(value);
+        not_finite_n_ += !std::isfinite(value);
+        ++value_n_;
     }
-    if (std::all_of(signal.samples.begin(), signal.samples.end(),
-                    [](float sample) { return sample == 0; }))
-        report.notes.push_back("silent: every sample is 0");
-    count_not_finite(signal.samples, "sample", "read", report);
-    return signal;
 }
 
-std::vector<float> to_decibels(const std::vector<float>& values, float power, float top_db,
-                               const std::string& file) {
-    if (values.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
-        throw Failure(Exit::input_failed, file,
-                      "has " + std::to_string(values.size()) + " cells, too many for decibels",
-                      "limit 2147483647", "split the sound, or leave out --db and pictures");
-    std::vector<float> result = values;
-    if (power != 2)  // the library takes powers
-        for (float& value : result) value = std::pow(value, 2 / power);
-    check_status(sorvoAudioConvertPowerToDB(result.data(), result.data(),
-                                            static_cast<int>(result.size()), top_db),
-                 "sorvoAudioConvertPowerToDB", file);
-    return result;
+void Range::describe(Report& report, bool with_numbers) const {
+    if (not_finite_n_ > 0) report.defects.push_back(counted(not_finite_n_, "value") + " written");
+    if (!with_numbers) return;
+    report.facts.add("minimum", static_cast<double>(lowest_));
+    report.facts.add("maximum", static_cast<double>(highest_));
+    report.facts.add("mean", sum_ / static_cast<double>(value_n_));
 }
 
-Picture picture_of(std::vector<float> decibels, const FrameSettings& frame, int frame_n,
-                   int sample_rate, const std::string& title) {
-    Picture picture;
-    picture.cells = std::move(decibels);
-    picture.column_n = static_cast<std::size_t>(frame_n);
-    picture.row_n = picture.cells.size() / picture.column_n;
+bool is_drawn(const Job& job) {
+    return !job.picture.empty() || job.ending == ".png";
+}
+
+std::string folder_of(const Job& job) {
+    return folder_for_temporaries(job.output.empty() ? job.picture : job.output);
+}
+
+Range write_features(const Job& job, const Table& table, const Change& finish,
+                     const Change& decibels, Picture& picture, bool raw) {
+    std::optional<TableWriter> writer;
+    if (job.ending == ".npy" || job.ending == ".csv") writer.emplace(job.output, job.ending, table);
+    Range range;
+    table.for_each_piece([&](std::vector<float>& cells) {
+        if (is_drawn(job)) {
+            std::vector<float> levels = cells;
+            decibels(levels);
+            picture.cells.insert(picture.cells.end(), levels.begin(), levels.end());
+        }
+        finish(cells);
+        range.take(cells);
+        if (writer) writer->write(cells);
+    });
+    if (writer) writer->commit();
+    if (!is_drawn(job)) return range;
+
+    picture.row_n = table.row_n();
+    picture.column_n = table.column_n();
     const auto [lowest, highest] = std::minmax_element(picture.cells.begin(), picture.cells.end());
     picture.highest = *highest;
     picture.lowest = *lowest;
@@ -63,31 +126,10 @@ Picture picture_of(std::vector<float> decibels, const FrameSettings& frame, int 
         picture.lowest = picture.highest - 80;
         std::fill(picture.cells.begin(), picture.cells.end(), picture.lowest);
     }
-    picture.title = title;
-    picture.first_seconds = first_frame_seconds(frame, sample_rate);
-    picture.seconds_per_column = static_cast<double>(frame.hop_n) / sample_rate;
-    return picture;
-}
-
-void write_features(const Job& job, const Array& array, const Picture& picture, bool raw) {
-    const auto draw = [&](const std::string& path) {
-        write_png(path, raw ? draw_raw(picture) : draw_with_axes(picture));
-    };
-    const std::string ending = std::filesystem::path(job.output).extension().string();
-    if (ending == ".npy") write_npy(job.output, array);
-    if (ending == ".csv") write_csv(job.output, array);
-    if (ending == ".png") draw(job.output);
-    if (!job.picture.empty()) draw(job.picture);
-}
-
-void report_range(const std::vector<float>& values, Report& report) {
-    const auto [lowest, highest] = std::minmax_element(values.begin(), values.end());
-    double sum = 0;
-    for (const float value : values) sum += static_cast<double>(value);
-    count_not_finite(values, "value", "written", report);
-    report.facts.add("minimum", static_cast<double>(*lowest));
-    report.facts.add("maximum", static_cast<double>(*highest));
-    report.facts.add("mean", sum / static_cast<double>(values.size()));
+    const Pixels pixels = raw ? draw_raw(picture) : draw_with_axes(picture);
+    if (job.ending == ".png") write_png(job.output, pixels);
+    if (!job.picture.empty()) write_png(job.picture, pixels);
+    return range;
 }
 
 }  // namespace sorvo_tool

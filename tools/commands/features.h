@@ -1,40 +1,90 @@
 // What the commands that turn sound into features share.
 #pragma once
 
+#include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "blocks/frame_cutter.h"
+#include "blocks/resampler.h"
 #include "settings/frame_settings.h"
-#include "support/array.h"
 #include "support/batch.h"
 #include "support/picture.h"
+#include "support/sound_reader.h"
+#include "support/table.h"
 
 namespace sorvo_tool {
 
-// One channel of samples, ready to be cut into frames.
-struct Signal {
-    std::vector<float> samples;
-    int sample_rate = 0;
+// A sound as one channel, at the rate that is wanted (0: its own), in blocks.
+class SignalReader {
+  public:
+    SignalReader(const std::string& path, const ReadingOptions& options, int sample_rate);
 
-    int sample_n() const { return static_cast<int>(samples.size()); }
+    bool read(std::vector<float>& samples);  // possibly none; false at the end
+    int sample_rate() const { return sample_rate_; }
+    void describe(Report& report) const;
+
+  private:
+    SoundReader reader_;
+    int sample_rate_;
+    Resampler resampler_;
+    Block block_;
+    bool has_ended_ = false;
 };
 
-// Reads a sound, mixes its channels, and converts it to `sample_rate` (0: as it is), telling the
-// report of each.
-Signal load_signal(const std::string& path, int sample_rate, Report& report);
+// So many frames at a time keep the memory small that transforms take.
+int frames_at_once(const FrameSettings& frame);
 
-// Decibels below the maximum of magnitudes raised to `power`.
-std::vector<float> to_decibels(const std::vector<float>& values, float power, float top_db,
-                               const std::string& file);
+Failure too_short(const FrameSettings& frame, std::int64_t sample_n, const std::string& file);
 
-// Picture of an array in decibels, with its time axis and range set.
-Picture picture_of(std::vector<float> decibels, const FrameSettings& frame, int frame_n,
-                   int sample_rate, const std::string& title);
+using Change = std::function<void(std::vector<float>& cells)>;
 
-// Writes the array, or the picture if the output is a .png, and the picture that was asked for.
-void write_features(const Job& job, const Array& array, const Picture& picture, bool raw);
+// Decibels below the largest power of a table, cell by cell.
+class Decibels {
+  public:
+    // `to_powers` makes powers of the cells.
+    Decibels(const Table& table, Change to_powers, float top_db, std::string file);
 
-// The smallest, largest and mean value.
-void report_range(const std::vector<float>& values, Report& report);
+    void operator()(std::vector<float>& cells) const;
+
+  private:
+    Change to_powers_;
+    float top_db_;
+    std::string file_;
+    float largest_ = 0;
+};
+
+// Squares of magnitudes that have been raised to `power`.
+Change powers_of(float power);
+
+// The smallest, largest and mean value, and where the largest is.
+class Range {
+  public:
+    void take(const std::vector<float>& cells);
+
+    // `with_numbers`: not only whether all are finite.
+    void describe(Report& report, bool with_numbers) const;
+    std::size_t peak() const { return peak_; }
+
+  private:
+    float lowest_ = 0;
+    float highest_ = 0;
+    double sum_ = 0;
+    std::size_t value_n_ = 0;
+    std::size_t peak_ = 0;
+    std::size_t not_finite_n_ = 0;
+};
+
+// Writes the cells of a table, changed by `finish`, and draws them in decibels, each if the job
+// wants it. `picture` has its axes; `decibels` is only called for pictures.
+Range write_features(const Job& job, const Table& table, const Change& finish,
+                     const Change& decibels, Picture& picture, bool raw);
+
+bool is_drawn(const Job& job);
+
+// Where a job has room for temporary files.
+std::string folder_of(const Job& job);
 
 }  // namespace sorvo_tool

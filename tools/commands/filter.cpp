@@ -1,10 +1,9 @@
-#include <sorvo_audio.h>
-
-#include <algorithm>
 #include <memory>
 
+#include "blocks/filter_chain.h"
 #include "commands/command.h"
 #include "commands/sounds.h"
+#include "settings/filter_rounding.h"
 #include "settings/filter_settings.h"
 
 namespace sorvo_tool {
@@ -16,30 +15,23 @@ struct Options {
     FilterSettings filter;
 };
 
-void filter_channel(const FilterSettings& filter, std::vector<float>& samples,
-                    const std::string& file) {
-    const auto sample_n = static_cast<int>(samples.size());
-    const auto b_n = static_cast<int>(filter.numerator.size());
-    const auto a_n = static_cast<int>(filter.denominator.size());
-    std::vector<float> state(static_cast<std::size_t>(std::max(b_n, a_n) - 1));
-    if (filter.settled && !state.empty()) {
-        check_status(sorvoAudioGetLinerFilterZiCoef(state.data(), filter.numerator.data(),
-                                                    filter.denominator.data(),
-                                                    static_cast<int>(state.size()), b_n, a_n),
-                     "sorvoAudioGetLinerFilterZiCoef", file);
-        for (float& value : state) value *= samples.front();
+Report run(const Options& options, const std::string& rounding, const Job& job) {
+    SoundBlocks sound(job.input, options.batch.reading, options.sound);
+    std::vector<FilterChain> chains(
+        sound.format().channel_n,
+        FilterChain(options.filter.design.sections, options.filter.settled, job.input));
+    SoundWriter writer(job.output, job.ending, sound.format());
+    Block block;
+    while (sound.read(block)) {
+        for (std::size_t i = 0; i < block.size(); ++i) chains[i].apply(block[i]);
+        writer.write(block);
     }
-    check_status(sorvoAudioLinerFilter(samples.data(), samples.data(), filter.numerator.data(),
-                                       filter.denominator.data(), state.data(), sample_n, sample_n,
-                                       b_n, a_n, static_cast<int>(state.size())),
-                 "sorvoAudioLinerFilter", file);
-}
+    writer.commit();
 
-Report run(const Options& options, const Job& job) {
     Report report;
-    Sound sound = load_sound(job.input, options.sound, report);
-    for (auto& channel : sound.channels) filter_channel(options.filter, channel, job.input);
-    write_result(job, std::move(sound), options.sound, report);
+    if (!rounding.empty()) report.notes.push_back(rounding);
+    sound.describe(report);
+    writer.describe(report);
     return report;
 }
 
@@ -57,7 +49,8 @@ Command add_filter_command(CLI::App& root) {
                         "filter recordings/ -o smooth/ --b 0.1 --a 1,-0.9 --settled"});
     return {app, [=]() mutable {
                 complete(options->filter);
-                command.run = [&](const Job& job) { return run(*options, job); };
+                const std::string rounding = describe_rounding(options->filter.design);
+                command.run = [&](const Job& job) { return run(*options, rounding, job); };
                 return run_batch(options->batch, command);
             }};
 }

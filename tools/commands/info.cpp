@@ -8,7 +8,7 @@
 #include "support/array.h"
 #include "support/facts.h"
 #include "support/options.h"
-#include "support/sound.h"
+#include "support/sound_reader.h"
 
 namespace sorvo_tool {
 namespace {
@@ -23,29 +23,33 @@ double decibels(double amplitude) {
 }
 
 Facts describe_sound(const std::string& path) {
-    const Sound sound = read_sound(path);
+    SoundReader reader(path, {});
+    Block block;
     double square_sum = 0;
     double peak = 0;
     std::int64_t full_scale_n = 0;
     std::int64_t bad_n = 0;
-    for (const auto& channel : sound.channels)
-        for (const float sample : channel) {
-            const double size = std::abs(static_cast<double>(sample));
-            if (!std::isfinite(size)) {
-                ++bad_n;
-                continue;
+    while (reader.read(block))
+        for (const auto& channel : block)
+            for (const float sample : channel) {
+                const double size = std::abs(static_cast<double>(sample));
+                if (!std::isfinite(size)) {
+                    ++bad_n;
+                    continue;
+                }
+                peak = std::max(peak, size);
+                square_sum += size * size;
+                full_scale_n += size >= 32767.0 / 32768;
             }
-            peak = std::max(peak, size);
-            square_sum += size * size;
-            full_scale_n += size >= 32767.0 / 32768;
-        }
-    const double count = static_cast<double>(sound.channels.size()) * sound.sample_n();
+    const SoundFormat& format = reader.format();
+    const double count =
+        static_cast<double>(format.channel_n) * static_cast<double>(reader.sample_n());
     Facts facts;
-    facts.add("format", sound.file_type);
-    facts.add("sample_rate", number(sound.sample_rate));
-    facts.add("channels", number(sound.channels.size()));
-    facts.add("samples", number(sound.sample_n()));
-    facts.add("seconds", sound.seconds());
+    facts.add("format", format.type);
+    facts.add("sample_rate", number(format.sample_rate));
+    facts.add("channels", number(format.channel_n));
+    facts.add("samples", number(reader.sample_n()));
+    facts.add("seconds", static_cast<double>(reader.sample_n()) / format.sample_rate);
     facts.add("peak_db", decibels(peak));
     facts.add("rms_db", decibels(std::sqrt(square_sum / count)));
     facts.add("samples_at_full_scale", full_scale_n);

@@ -46,7 +46,10 @@ Report run(const IstftOptions& options, const SoundOptions& sound_options, const
             "1 to 2147483647 samples", "give another --hop-length, or --length");
 
     Sound sound;
-    sound.sample_rate = options.sample_rate;
+    sound.format.sample_rate = options.sample_rate;
+    sound.format.sample_n = sample_n;
+    if (sound_options.sample_format)
+        sound.format.sample_format = static_cast<SampleFormat>(*sound_options.sample_format);
     sound.channels.emplace_back(static_cast<std::size_t>(sample_n));
     check_status(sorvoAudioGetInverseSpectrogram(sound.channels[0].data(), spectrum.data.data(),
                                                  frame_n, freq_n, frame.hop_n, frame.win_n,
@@ -57,7 +60,7 @@ Report run(const IstftOptions& options, const SoundOptions& sound_options, const
     report.facts.add("shape", std::vector<std::int64_t>{freq_n, frame_n});
     report.facts.add("n_fft", number(frame.fft_n));
     report.facts.add("seconds", sound.seconds());
-    write_result(job, std::move(sound), sound_options, report);
+    write_sound(job, sound, report);
     return report;
 }
 

@@ -1,6 +1,8 @@
+#include <sorvo_audio.h>
+
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
-#include <limits>
 #include <memory>
 
 #include "commands/command.h"
@@ -16,21 +18,6 @@ struct Options {
     MelOptions mel;
     bool raw = false;
 };
-
-void reflect_ends(std::vector<float>& samples, int pad_n, const std::string& file) {
-    const auto n = static_cast<std::size_t>(pad_n);
-    if (n == 0) return;
-    if (samples.size() <= n || samples.size() + 2 * n > std::numeric_limits<int>::max())
-        throw Failure(Exit::input_failed, file,
-                      "cannot be extended, " + counted(samples.size(), "sample"),
-                      "more than " + std::to_string(pad_n) + " needed, --pad",
-                      "give a longer sound or a smaller --pad");
-    std::vector<float> padded(samples.size() + 2 * n);
-    std::reverse_copy(samples.begin() + 1, samples.begin() + 1 + pad_n, padded.begin());
-    std::copy(samples.begin(), samples.end(), padded.begin() + pad_n);
-    std::reverse_copy(samples.end() - 1 - pad_n, samples.end() - 1, padded.end() - pad_n);
-    samples = std::move(padded);
-}
 
 // Bands so narrow that no bin lies in them are zero throughout, which is seldom meant.
 void note_empty_bands(const MelSettings& mel, int sample_rate, const std::string& file,
@@ -49,64 +36,87 @@ void note_empty_bands(const MelSettings& mel, int sample_rate, const std::string
                                " hold no bin and are all zero; raise --n-fft or lower --n-mels");
 }
 
-std::vector<float> mel_spectrogram(const MelSettings& mel, const Signal& signal, int frame_n,
-                                   const std::string& file) {
+void append_frames(const MelSettings& mel, int sample_rate, const float* samples, int sample_n,
+                   int frame_n, const std::string& file, Table& table) {
     const FrameSettings& frame = mel.frame;
-    std::vector<float> result(static_cast<std::size_t>(mel.mel_n) *
-                              static_cast<std::size_t>(frame_n));
-    check_status(sorvoAudioGetMelSpectrogram(
-                     result.data(), signal.samples.data(), signal.sample_n(), signal.sample_rate,
-                     frame.fft_n, frame.hop_n, frame.win_n, frame.window, frame_n, frame.center,
-                     mel.power, frame.norm, mel.f_min, upper_hz(mel, signal.sample_rate), mel.mel_n,
-                     mel.mel_norm, mel.mel_formula),
+    std::vector<float> bands(table.row_n() * static_cast<std::size_t>(frame_n));
+    check_status(sorvoAudioGetMelSpectrogram(bands.data(), samples, sample_n, sample_rate,
+                                             frame.fft_n, frame.hop_n, frame.win_n, frame.window,
+                                             frame_n, SORVO_AUDIO_CENTER_NONE, mel.power,
+                                             frame.norm, mel.f_min, upper_hz(mel, sample_rate),
+                                             mel.mel_n, mel.mel_norm, mel.mel_formula),
                  "sorvoAudioGetMelSpectrogram", file);
-    return result;
+    table.append(bands.data(), static_cast<std::size_t>(frame_n));
+}
+
+// All frames of a sound.
+Table mel_spectrogram(const MelSettings& mel, SignalReader& signal, const Job& job) {
+    Table table(static_cast<std::size_t>(mel.mel_n), false, folder_of(job));
+    FrameCutter cutter(
+        mel.frame, frames_at_once(mel.frame), [&](const float* samples, int sample_n, int frame_n) {
+            append_frames(mel, signal.sample_rate(), samples, sample_n, frame_n, job.input, table);
+        });
+    EndReflector reflector(mel.pad_n);
+    std::vector<float> samples;
+    std::int64_t sample_n = 0;
+    while (signal.read(samples)) {
+        sample_n += static_cast<std::int64_t>(samples.size());
+        cutter.push(reflector.push(samples));
+    }
+    if (sample_n <= mel.pad_n)
+        throw Failure(
+            Exit::input_failed, job.input,
+            "cannot be extended, " + counted(static_cast<std::size_t>(sample_n), "sample"),
+            "more than " + std::to_string(mel.pad_n) + " needed, --pad",
+            "give a longer sound or a smaller --pad");
+    cutter.push(reflector.flush());
+    cutter.flush();
+    if (cutter.frame_n() == 0) throw too_short(mel.frame, cutter.sample_n(), job.input);
+    return table;
 }
 
 // Where the sound is loudest: a number that a reader can find in the picture.
-void report_peak(const std::vector<float>& values, const Picture& picture, Report& report) {
-    const auto peak =
-        static_cast<std::size_t>(std::max_element(values.begin(), values.end()) - values.begin());
-    const std::size_t band = peak / picture.column_n;
-    const std::size_t column = peak % picture.column_n;
+void report_peak(std::size_t peak, const Picture& picture, std::size_t column_n, Report& report) {
+    const std::size_t band = peak / column_n;
     const double seconds =
-        picture.first_seconds + static_cast<double>(column) * picture.seconds_per_column;
+        picture.first_seconds + static_cast<double>(peak % column_n) * picture.seconds_per_column;
     report.facts.add("loudest", "band " + std::to_string(band) + ", " +
                                     short_number(std::round(picture.row_hz[band])) + " Hz, at " +
                                     short_number(std::round(seconds * 1000) / 1000) + " s");
 }
 
-Report run(const MelSettings& mel, bool raw, const Job& job) {
-    Report report;
-    Signal signal = load_signal(job.input, mel.sample_rate, report);
-    reflect_ends(signal.samples, mel.pad_n, job.input);
-    const int frame_n = count_frames(mel.frame, signal.sample_n(), job.input);
-    std::vector<float> values = mel_spectrogram(mel, signal, frame_n, job.input);
-    note_empty_bands(mel, signal.sample_rate, job.input, report);
+Report run(const MelSettings& mel, const Options& options, const Job& job) {
+    SignalReader signal(job.input, options.batch.reading, mel.sample_rate);
+    const int sample_rate = signal.sample_rate();
+    const Table table = mel_spectrogram(mel, signal, job);
 
-    std::vector<float> decibels;
-    if (mel.power > 0) decibels = to_decibels(values, mel.power, mel.top_db, job.input);
-    if (mel.in_db) values = decibels;
-    Picture picture = picture_of(
-        mel.power > 0 ? std::move(decibels) : values, mel.frame, frame_n, signal.sample_rate,
-        "Mel spectrogram of " + std::filesystem::path(job.input).filename().string());
+    const Change nothing = [](std::vector<float>&) {};
+    Change decibels = nothing;
+    if (mel.power > 0 && (mel.in_db || is_drawn(job)))
+        decibels = Decibels(table, powers_of(mel.power), mel.top_db, job.input);
+    Picture picture;
+    picture.title = "Mel spectrogram of " + std::filesystem::path(job.input).filename().string();
     picture.frequency_label = "Frequency (Hz, mel scale)";
-    picture.row_hz = band_centres(mel, signal.sample_rate);
+    picture.row_hz = band_centres(mel, sample_rate);
+    picture.seconds_per_column = static_cast<double>(mel.frame.hop_n) / sample_rate;
     // The reflected samples lie before the beginning.
-    picture.first_seconds -= static_cast<double>(mel.pad_n) / signal.sample_rate;
+    picture.first_seconds =
+        first_frame_seconds(mel.frame, sample_rate) - static_cast<double>(mel.pad_n) / sample_rate;
+    const Range range =
+        write_features(job, table, mel.in_db ? decibels : nothing, decibels, picture, options.raw);
 
-    report.facts.add("shape", std::vector<std::int64_t>{mel.mel_n, frame_n});
+    Report report;
+    signal.describe(report);
+    note_empty_bands(mel, sample_rate, job.input, report);
+    report.facts.add(
+        "shape", std::vector<std::int64_t>{mel.mel_n, static_cast<std::int64_t>(table.column_n())});
     report.facts.add("frame_step_ms", picture.seconds_per_column * 1000);
     report.facts.add("unit", std::string(mel.in_db        ? "dB below the maximum"
                                          : mel.power == 2 ? "power"
                                          : mel.power == 1 ? "magnitude"
                                                           : "magnitude to the power of --power"));
-    report_range(values, report);
-    report_peak(values, picture, report);
-    write_features(
-        job,
-        {{static_cast<std::size_t>(mel.mel_n), static_cast<std::size_t>(frame_n)}, false, values},
-        picture, raw);
+    range.describe(report, true);
+    report_peak(range.peak(), picture, table.column_n(), report);
     return report;
 }
 
@@ -119,12 +129,13 @@ Command add_mel_command(CLI::App& root) {
     add_batch_options(*app, options->batch, command);
     app->add_flag("--raw", options->raw, "Draw one pixel for each cell, without axes");
     add_mel_options(*app, options->mel);
+    add_ratio_option(*app, options->batch.reading);
     add_examples(*app, {"mel speech.wav -o speech.npy --picture speech.png --db",
                         "mel speech.wav -o whisper.npy --preset whisper",
                         "mel recordings/ -o features/ -j 2 --n-fft 400 --hop-length 160"});
     return {app, [=]() mutable {
                 const MelSettings mel = settle(options->mel);
-                command.run = [&](const Job& job) { return run(mel, options->raw, job); };
+                command.run = [&](const Job& job) { return run(mel, *options, job); };
                 return run_batch(options->batch, command);
             }};
 }

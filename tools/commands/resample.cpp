@@ -1,5 +1,6 @@
 #include <memory>
 
+#include "blocks/resampler.h"
 #include "commands/command.h"
 #include "commands/sounds.h"
 #include "support/options.h"
@@ -14,13 +15,28 @@ struct Options {
 };
 
 Report run(const Options& options, const Job& job) {
+    SoundBlocks sound(job.input, options.batch.reading, options.sound);
+    SoundFormat format = sound.format();
+    std::vector<Resampler> resamplers(format.channel_n,
+                                      Resampler(format.sample_rate, options.sample_rate,
+                                                options.batch.reading.most_ratio, job.input));
+    format.sample_rate = options.sample_rate;
+    if (format.sample_n) format.sample_n = resamplers.front().output_n(*format.sample_n);
+    SoundWriter writer(job.output, job.ending, format);
+    Block block;
+    while (sound.read(block)) {
+        for (std::size_t i = 0; i < block.size(); ++i) block[i] = resamplers[i].push(block[i]);
+        writer.write(block);
+    }
+    block.resize(format.channel_n);
+    for (std::size_t i = 0; i < block.size(); ++i) block[i] = resamplers[i].flush();
+    writer.write(block);
+    writer.commit();
+
     Report report;
-    Sound sound = load_sound(job.input, options.sound, report);
-    for (auto& channel : sound.channels)
-        channel = resample(channel, sound.sample_rate, options.sample_rate, job.input);
-    sound.sample_rate = options.sample_rate;
-    report.facts.add("new_sample_rate", number(sound.sample_rate));
-    write_result(job, std::move(sound), options.sound, report);
+    sound.describe(report);
+    report.facts.add("new_sample_rate", number(options.sample_rate));
+    writer.describe(report);
     return report;
 }
 
@@ -35,6 +51,7 @@ Command add_resample_command(CLI::App& root) {
         ->required()
         ->check(at_least(1))
         ->type_name("HZ");
+    add_ratio_option(*app, options->batch.reading);
     add_sound_options(*app, options->sound);
     add_examples(*app, {"resample speech.wav -o speech8k.wav --sample-rate 8000",
                         "resample stereo.flac -o stereo16k.flac --sample-rate 16000 --mono",

@@ -7,10 +7,11 @@
 
 #include "support/batch.h"
 #include "support/sound.h"
+#include "support/sound_writer.h"
 
 namespace sorvo_tool {
 
-extern const std::vector<std::string> sound_formats;  // .wav .flac .npy .csv
+extern const std::vector<std::string> sound_formats;  // .wav .flac .npy .csv .raw
 
 struct SoundOptions {
     std::optional<int> sample_format;  // none: that of the input
@@ -19,11 +20,24 @@ struct SoundOptions {
 
 void add_sound_options(CLI::App& app, SoundOptions& options, bool with_mono = true);
 
-// Reads a sound with all its channels, or mixed down if the options say so.
-Sound load_sound(const std::string& path, const SoundOptions& options, Report& report);
+// A sound in blocks, with all its channels, or mixed down if the options say so.
+class SoundBlocks {
+  public:
+    SoundBlocks(const std::string& path, const ReadingOptions& reading,
+                const SoundOptions& options);
 
-// Writes a sound, or its samples as an array [channels][samples], one dimension less for one
-// channel.
-void write_result(const Job& job, Sound sound, const SoundOptions& options, Report& report);
+    const SoundFormat& format() const { return format_; }  // as it is to be written
+    bool read(Block& block);
+    void describe(Report& report) const;
+
+  private:
+    SoundReader reader_;
+    SoundFormat format_;
+};
+
+// The same for a whole sound.
+Sound load_sound(const std::string& path, const ReadingOptions& reading,
+                 const SoundOptions& options, Report& report);
+void write_sound(const Job& job, const Sound& sound, Report& report);
 
 }  // namespace sorvo_tool

@@ -1,4 +1,5 @@
-#include <algorithm>
+#include <sorvo_audio.h>
+
 #include <filesystem>
 #include <memory>
 
@@ -15,78 +16,74 @@ struct Options {
     bool raw = false;
 };
 
-// [freq_n][frame_n] pairs, complex or (power, 0).
-std::vector<float> spectrogram(const StftSettings& stft, const Signal& signal, int frame_n,
-                               const std::string& file) {
+// Appends frames to a table of complex numbers, or of the magnitudes raised to the power.
+void append_frames(const StftSettings& stft, const float* samples, int sample_n, int frame_n,
+                   const std::string& file, Table& table) {
     const FrameSettings& frame = stft.frame;
-    const auto freq_n = static_cast<std::size_t>(frame.fft_n / 2 + 1);
-    std::vector<float> result(2 * freq_n * static_cast<std::size_t>(frame_n));
-    check_status(sorvoAudioGetSpectrogram(result.data(), signal.samples.data(), signal.sample_n(),
-                                          frame.fft_n, frame.hop_n, frame.win_n, frame.window,
-                                          frame_n, frame.center, stft.power, frame.norm),
+    std::vector<float> pairs(2 * table.row_n() * static_cast<std::size_t>(frame_n));
+    check_status(sorvoAudioGetSpectrogram(pairs.data(), samples, sample_n, frame.fft_n, frame.hop_n,
+                                          frame.win_n, frame.window, frame_n,
+                                          SORVO_AUDIO_CENTER_NONE, stft.power, frame.norm),
                  "sorvoAudioGetSpectrogram", file);
-    return result;
+    if (!table.is_complex()) {
+        for (std::size_t i = 0; 2 * i < pairs.size(); ++i) pairs[i] = pairs[2 * i];
+        pairs.resize(pairs.size() / 2);
+    }
+    table.append(pairs.data(), static_cast<std::size_t>(frame_n));
 }
 
-std::vector<float> real_parts(const std::vector<float>& pairs) {
-    std::vector<float> result(pairs.size() / 2);
-    for (std::size_t i = 0; i < result.size(); ++i) result[i] = pairs[2 * i];
-    return result;
-}
-
-std::vector<float> powers(const std::vector<float>& pairs, int frame_n, const std::string& file) {
-    std::vector<float> result(pairs.size() / 2);
-    const auto row_n = static_cast<std::size_t>(frame_n);
-    for (std::size_t start = 0; start < result.size(); start += row_n)
-        check_status(sorvoAudioComplexNorm(&result[start], &pairs[2 * start], frame_n, 2),
+Change powers_of_complex(const std::string& file) {
+    return [=](std::vector<float>& pairs) {
+        check_status(sorvoAudioComplexNorm(pairs.data(), pairs.data(),
+                                           static_cast<int>(pairs.size() / 2), 2),
                      "sorvoAudioComplexNorm", file);
-    return result;
+        pairs.resize(pairs.size() / 2);
+    };
 }
 
-Report run(const StftSettings& stft, bool raw, const Job& job) {
-    Report report;
-    const Signal signal = load_signal(job.input, 0, report);
-    const int frame_n = count_frames(stft.frame, signal.sample_n(), job.input);
+Report run(const StftSettings& stft, const Options& options, const Job& job) {
     const int freq_n = stft.frame.fft_n / 2 + 1;
     const bool is_complex = !(stft.power > 0);
+    SignalReader signal(job.input, options.batch.reading, 0);
+    Table table(static_cast<std::size_t>(freq_n), is_complex, folder_of(job));
+    FrameCutter cutter(stft.frame, frames_at_once(stft.frame),
+                       [&](const float* samples, int sample_n, int frame_n) {
+                           append_frames(stft, samples, sample_n, frame_n, job.input, table);
+                       });
+    std::vector<float> samples;
+    while (signal.read(samples)) cutter.push(samples);
+    cutter.flush();
+    if (cutter.frame_n() == 0) throw too_short(stft.frame, cutter.sample_n(), job.input);
 
-    Array array{{static_cast<std::size_t>(freq_n), static_cast<std::size_t>(frame_n)},
-                is_complex,
-                spectrogram(stft, signal, frame_n, job.input)};
-    if (!is_complex) array.data = real_parts(array.data);
-    const bool is_drawn =
-        !job.picture.empty() || std::filesystem::path(job.output).extension() == ".png";
-    std::vector<float> decibels;
-    if (is_drawn || stft.in_db)
-        decibels = is_complex ? to_decibels(powers(array.data, frame_n, job.input), 2, stft.top_db,
-                                            job.input)
-                              : to_decibels(array.data, stft.power, stft.top_db, job.input);
-    if (stft.in_db) array.data = decibels;
+    Change decibels;
+    if (is_drawn(job) || stft.in_db)
+        decibels =
+            Decibels(table, is_complex ? powers_of_complex(job.input) : powers_of(stft.power),
+                     stft.top_db, job.input);
+    Picture picture;
+    picture.title = "Spectrogram of " + std::filesystem::path(job.input).filename().string();
+    picture.frequency_label = "Frequency (Hz)";
+    picture.first_seconds = first_frame_seconds(stft.frame, signal.sample_rate());
+    picture.seconds_per_column = static_cast<double>(stft.frame.hop_n) / signal.sample_rate();
+    for (int bin = 0; bin < freq_n; ++bin)
+        picture.row_hz.push_back(static_cast<double>(bin) * signal.sample_rate() /
+                                 stft.frame.fft_n);
+    const Change nothing = [](std::vector<float>&) {};
+    const Range range =
+        write_features(job, table, stft.in_db ? decibels : nothing, decibels, picture, options.raw);
 
-    report.facts.add("shape", std::vector<std::int64_t>{freq_n, frame_n});
-    report.facts.add("hz_per_bin", static_cast<double>(signal.sample_rate) / stft.frame.fft_n);
-    report.facts.add("frame_step_ms", 1000.0 * stft.frame.hop_n / signal.sample_rate);
+    Report report;
+    signal.describe(report);
+    report.facts.add(
+        "shape", std::vector<std::int64_t>{freq_n, static_cast<std::int64_t>(table.column_n())});
+    report.facts.add("hz_per_bin", static_cast<double>(signal.sample_rate()) / stft.frame.fft_n);
+    report.facts.add("frame_step_ms", 1000.0 * stft.frame.hop_n / signal.sample_rate());
     report.facts.add("unit", std::string(stft.in_db        ? "dB below the maximum"
                                          : is_complex      ? "complex amplitude"
                                          : stft.power == 2 ? "power"
                                          : stft.power == 1 ? "magnitude"
                                                            : "magnitude to the power of --power"));
-    if (is_complex)
-        count_not_finite(array.data, "value", "written", report);
-    else
-        report_range(array.data, report);
-
-    Picture picture;
-    if (is_drawn) {
-        picture =
-            picture_of(std::move(decibels), stft.frame, frame_n, signal.sample_rate,
-                       "Spectrogram of " + std::filesystem::path(job.input).filename().string());
-        picture.frequency_label = "Frequency (Hz)";
-        for (int bin = 0; bin < freq_n; ++bin)
-            picture.row_hz.push_back(static_cast<double>(bin) * signal.sample_rate /
-                                     stft.frame.fft_n);
-    }
-    write_features(job, array, picture, raw);
+    range.describe(report, !is_complex);
     return report;
 }
 
@@ -103,7 +100,7 @@ Command add_stft_command(CLI::App& root) {
                         "stft recordings/ -o spectra/ --n-fft 1024 --power 2 --center zeros"});
     return {app, [=]() mutable {
                 const StftSettings stft = settle(options->stft);
-                command.run = [&](const Job& job) { return run(stft, options->raw, job); };
+                command.run = [&](const Job& job) { return run(stft, *options, job); };
                 return run_batch(options->batch, command);
             }};
 }

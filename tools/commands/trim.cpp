@@ -19,8 +19,8 @@ struct Options {
 
 Report run(const Options& options, const Job& job) {
     Report report;
-    Sound sound = load_sound(job.input, options.sound, report);
-    const std::vector<float> mono = mix_down(sound);
+    Sound sound = load_sound(job.input, options.batch.reading, options.sound, report);
+    const std::vector<float> mono = mix_down(sound.channels);
     int first = 0;
     int length = 0;
     check_status(
@@ -35,9 +35,10 @@ Report run(const Options& options, const Job& job) {
     for (auto& channel : sound.channels)
         channel = {channel.begin() + first, channel.begin() + first + length};
     report.facts.add("first_sample", number(first));
-    report.facts.add("start_seconds", static_cast<double>(first) / sound.sample_rate);
-    report.facts.add("kept_seconds", static_cast<double>(length) / sound.sample_rate);
-    write_result(job, std::move(sound), options.sound, report);
+    report.facts.add("start_seconds", static_cast<double>(first) / sound.format.sample_rate);
+    report.facts.add("kept_seconds", static_cast<double>(length) / sound.format.sample_rate);
+    sound.format.sample_n = length;
+    write_sound(job, sound, report);
     return report;
 }
 

@@ -14,6 +14,44 @@ std::string c_coefficients(const std::vector<float>& b, const std::vector<float>
     return "const float b[] = {" + list_of(b, true) + "}, a[] = {" + list_of(a, true) + "};\n";
 }
 
+std::string sections(const FilterDesign& design) {
+    std::string rows;
+    for (const Section& section : design.sections)
+        rows += (rows.empty() ? "[" : ",\n       [") + list_of(section.b()) + ", " +
+                list_of(section.a()) + "]";
+    return "sos = [" + rows + "]\n";
+}
+
+Explanation explain_cascade(const FilterSettings& filter) {
+    const auto python = [&](const std::string& module, const std::string& scale) {
+        const std::string begin = sections(filter.design) + "z = " + module + ".sosfilt(sos, y";
+        if (!filter.settled) return begin + ")";
+        return begin + ", zi=" + module + ".sosfilt_zi(sos)" + scale + ")[0]";
+    };
+    return {{"C", "/* sorvoAudioLinerFilter() for each section, from y to z, then in place */", ""},
+            {"Python", python("sorvo_audio", " * y[:1]"), ""},
+            {"scipy", python("scipy.signal", " * y[0]"), "rounding to float behind every section"}};
+}
+
+Explanation explain_cascade(const ZeroPhaseSettings& filter) {
+    std::vector<std::string> arguments{"sos", "y"};
+    if (*filter.pad_type == SORVO_AUDIO_PAD_NONE) {
+        arguments.emplace_back("padtype=None");
+    } else {
+        arguments.push_back(keyword("padtype", word_of(pad_choices, *filter.pad_type)));
+        arguments.push_back(keyword("padlen", *filter.pad_n));
+    }
+    const std::string begin = sections(filter.design);
+    return {{"C",
+             "/* y extended at both ends; sorvoAudioLinerFilter() for each section, from the state "
+             "of\n   sorvoAudioGetLinerFilterZiCoef() times the gain so far and the first sample; "
+             "reversed;\n   the same again */",
+             ""},
+            {"Python", begin + call("z = sorvo_audio.sosfiltfilt", arguments), ""},
+            {"scipy", begin + call("z = scipy.signal.sosfiltfilt", arguments),
+             "rounding to float behind every section"}};
+}
+
 }  // namespace
 
 Explanation explain_resample(int from_rate, int to_rate) {
@@ -52,8 +90,9 @@ Explanation explain_resample(int from_rate, int to_rate) {
 }
 
 Explanation explain(const FilterSettings& filter) {
-    const auto& b = filter.numerator;
-    const auto& a = filter.denominator;
+    if (filter.design.is_cascade()) return explain_cascade(filter);
+    const std::vector<float> b = filter.design.sections.front().b();
+    const std::vector<float> a = filter.design.sections.front().a();
     const std::string b_n = std::to_string(b.size());
     const std::string a_n = std::to_string(a.size());
     const std::string zi_n = std::to_string(std::max(b.size(), a.size()) - 1);
@@ -87,8 +126,9 @@ Explanation explain(const FilterSettings& filter) {
 }
 
 Explanation explain(const ZeroPhaseSettings& filter) {
-    const auto& b = filter.numerator;
-    const auto& a = filter.denominator;
+    if (filter.design.is_cascade()) return explain_cascade(filter);
+    const std::vector<float> b = filter.design.sections.front().b();
+    const std::vector<float> a = filter.design.sections.front().a();
     const int pad_n = *filter.pad_n;
     const std::string word = word_of(pad_choices, *filter.pad_type);
     const auto python = [&](const std::string& module) {

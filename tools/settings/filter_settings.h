@@ -2,21 +2,40 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "support/options.h"
 
 namespace sorvo_tool {
 
+// A ratio of polynomials, as the user gives it.
+struct Section {
+    std::vector<double> numerator;
+    std::vector<double> denominator;
+
+    // As the library takes them.
+    std::vector<float> b() const { return {numerator.begin(), numerator.end()}; }
+    std::vector<float> a() const { return {denominator.begin(), denominator.end()}; }
+};
+
+// One filter after the other.
+struct FilterDesign {
+    std::vector<double> numerator;
+    std::vector<double> denominator;
+    std::vector<std::string> section_words;  // of --sos: six coefficients or a .npy file
+    std::vector<Section> sections;           // of either, once the design is complete
+
+    bool is_cascade() const { return !section_words.empty(); }
+};
+
 struct FilterSettings {
-    std::vector<float> numerator;
-    std::vector<float> denominator;
+    FilterDesign design;
     bool settled = false;
 };
 
 struct ZeroPhaseSettings {
-    std::vector<float> numerator;
-    std::vector<float> denominator;
+    FilterDesign design;
     std::optional<int> pad_type;
     std::optional<int> pad_n;
 };

@@ -1,8 +1,5 @@
 #include "settings/frame_settings.h"
 
-#include "support/failure.h"
-#include "support/text.h"
-
 namespace sorvo_tool {
 
 const Choices window_choices{{"hann", SORVO_AUDIO_WINDOW_HANN},
@@ -37,18 +34,6 @@ void apply(FrameSettings& settings, const FrameOptions& options) {
     settings.norm = options.norm.value_or(settings.norm);
     if (settings.win_n == 0) settings.win_n = settings.fft_n;
     if (settings.hop_n == 0) settings.hop_n = std::max(1, settings.win_n / 4);
-}
-
-int count_frames(const FrameSettings& settings, int sample_n, const std::string& file) {
-    int frame_n = 0;
-    check_status(
-        sorvoAudioGetFrameLen(&frame_n, sample_n, settings.fft_n, settings.hop_n, settings.center),
-        "sorvoAudioGetFrameLen", file);
-    if (frame_n > 0) return frame_n;
-    throw Failure(Exit::input_failed, file,
-                  "is too short, " + counted(static_cast<std::size_t>(sample_n), "sample"),
-                  "one frame needs " + std::to_string(settings.fft_n) + ", --n-fft",
-                  "give a longer sound or a smaller --n-fft");
 }
 
 double first_frame_seconds(const FrameSettings& settings, int sample_rate) {

@@ -35,9 +35,6 @@ void add_frame_options(CLI::App& app, FrameOptions& options, bool with_fft_n = t
 // Puts the options in place and fills in hop_n and win_n.
 void apply(FrameSettings& settings, const FrameOptions& options);
 
-// The number of frames of a signal; throws a Failure about `file` if it yields none.
-int count_frames(const FrameSettings& settings, int sample_n, const std::string& file);
-
 // Seconds of the signal at which the first frame has its middle.
 double first_frame_seconds(const FrameSettings& settings, int sample_rate);
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -13,6 +12,7 @@
 #include <thread>
 
 #include "support/options.h"
+#include "support/output_file.h"
 #include "support/plan.h"
 #include "support/progress.h"
 #include "support/text.h"
@@ -32,7 +32,7 @@ void stop_softly() {
 }
 
 void refuse_existing(const std::string& path) {
-    if (!path.empty() && std::filesystem::exists(path))
+    if (!path.empty() && !is_stream(path) && std::filesystem::exists(path))
         throw Failure(Exit::cannot_write, path, "exists already and is kept", "",
                       "give --force to replace it or --skip-existing to go on without it");
 }
@@ -82,11 +82,18 @@ Facts json_facts(const BatchCommand& command, const Job& job, const Report& repo
     return facts;
 }
 
+// Reports go where the output does not.
+std::FILE* report_channel(const Job& job) {
+    return is_stream(job.output) || is_stream(job.picture) ? stderr : stdout;
+}
+
 void print_report(const Job& job, const Report& report) {
-    std::printf("%s\n%s", job.input.c_str(), report.facts.as_lines().c_str());
-    for (const std::string& note : report.notes) std::printf("  note: %s\n", note.c_str());
-    if (!job.output.empty()) std::printf("  wrote %s\n", job.output.c_str());
-    if (!job.picture.empty()) std::printf("  wrote %s\n", job.picture.c_str());
+    std::FILE* const channel = report_channel(job);
+    std::fprintf(channel, "%s\n%s", job.input.c_str(), report.facts.as_lines().c_str());
+    for (const std::string& note : report.notes)
+        std::fprintf(channel, "  note: %s\n", note.c_str());
+    for (const std::string& made : {job.output, job.picture})
+        if (!made.empty()) std::fprintf(channel, "  wrote %s\n", made.c_str());
 }
 
 // Collects what the threads report.
@@ -100,7 +107,7 @@ class Results {
           failures_(plan.failures) {
         if (options.json)
             for (const Failure& failure : plan.failures)
-                print_json({failure.subject(), "", ""}, {}, failure);
+                print_json({failure.subject(), "", "", ""}, {}, failure);
     }
 
     void take(const Job& job, const Report& report, const std::optional<Failure>& failure) {
@@ -163,7 +170,8 @@ class Results {
 
   private:
     void print_json(const Job& job, const Report& report, const std::optional<Failure>& failure) {
-        std::printf("%s\n", json_facts(command_, job, report, failure).as_json().c_str());
+        std::fprintf(report_channel(job), "%s\n",
+                     json_facts(command_, job, report, failure).as_json().c_str());
     }
 
     const BatchOptions& options_;
@@ -180,23 +188,16 @@ class Results {
 
 }  // namespace
 
-void count_not_finite(const std::vector<float>& values, const std::string& noun,
-                      const std::string& what, Report& report) {
-    const auto n = std::count_if(values.begin(), values.end(),
-                                 [](float value) { return !std::isfinite(value); });
-    if (n > 0) report.defects.push_back(counted(static_cast<std::size_t>(n), noun) + " " + what);
-}
-
 void add_batch_options(CLI::App& app, BatchOptions& options, const BatchCommand& command) {
     const auto word = [](const std::string& ending) { return ending.substr(1); };
     const std::string formats = joined(command.formats, "|", word);
-    app.add_option(
-           "INPUT", options.inputs,
-           std::string(command.reads_sound ? "Sound files" : ".npy files") + ", or folders of them")
+    app.add_option("INPUT", options.inputs,
+                   std::string(command.reads_sound ? "Sound files" : ".npy files") +
+                       ", folders of them, or - for a pipe")
         ->required()
         ->type_name("");
     app.add_option("-o,--output", options.output,
-                   "File to write (" + formats + "), or a folder for many inputs")
+                   "File to write (" + formats + "), a folder for many inputs, or - for a pipe")
         ->type_name("PATH");
     if (command.draws_pictures)
         app.add_option("--picture", options.picture, "Picture to draw (png), or a folder")
@@ -204,7 +205,7 @@ void add_batch_options(CLI::App& app, BatchOptions& options, const BatchCommand&
     std::vector<std::string> words;
     for (const std::string& ending : command.formats) words.push_back(word(ending));
     app.add_option("--format", options.format,
-                   "Kind of the files in an output folder [" + words.front() + "]")
+                   "Kind of the files in an output folder, and of - [" + words.front() + "]")
         ->check(CLI::IsMember(words).description(""))
         ->type_name(formats);
     app.add_option("-j,--jobs", options.thread_n, "Inputs worked on at once [1]")
@@ -214,8 +215,28 @@ void add_batch_options(CLI::App& app, BatchOptions& options, const BatchCommand&
     app.add_flag("--force", options.force, "Replace files that exist");
     app.add_flag("--skip-existing", options.skip_existing,
                  "Leave out what exists already, to go on after an interruption");
+    if (command.reads_sound) {
+        app.add_option("--rate", options.reading.rate,
+                       "Sample rate of raw floats and .npy; of others instead of the header's")
+            ->check(at_least(1))
+            ->type_name("HZ");
+        app.add_option("--channels", options.reading.channel_n,
+                       "Channels of raw floats, which lie side by side [1]")
+            ->check(at_least(1))
+            ->check(at_most(1024))
+            ->type_name("N");
+        app.add_flag("--allow-truncated", options.reading.allow_truncated,
+                     "Take what there is of a file that is shorter than its header says");
+    }
     app.add_flag("--json", options.json, "Print one JSON object a line for each input");
     app.add_flag("-q,--quiet", options.quiet, "Print neither reports nor progress, only errors");
+}
+
+void add_ratio_option(CLI::App& app, ReadingOptions& options) {
+    app.add_option("--max-ratio", options.most_ratio,
+                   "Largest factor between sample rates, since headers may be wrong [64]")
+        ->check(at_least(1))
+        ->type_name("R");
 }
 
 Exit run_batch(const BatchOptions& options, const BatchCommand& command) {

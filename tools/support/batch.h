@@ -16,6 +16,7 @@ struct Job {
     std::string input;
     std::string output;
     std::string picture;
+    std::string ending;  // of the output, which for streams --format gives
 };
 
 // What came of a job that succeeded.
@@ -26,9 +27,13 @@ struct Report {
     double seconds = 0;                // of sound
 };
 
-// Puts "3 samples read" among the defects if so many values are infinite or NaN.
-void count_not_finite(const std::vector<float>& values, const std::string& noun,
-                      const std::string& what, Report& report);
+// How sound is read.
+struct ReadingOptions {
+    int rate = 0;       // of raw floats and .npy, or against a header; 0: the header's
+    int channel_n = 1;  // of raw floats
+    bool allow_truncated = false;
+    double most_ratio = 64;  // of sample rates, for conversions
+};
 
 struct BatchOptions {
     std::vector<std::string> inputs;
@@ -36,6 +41,7 @@ struct BatchOptions {
     std::string picture;
     std::string format;
     int thread_n = 1;
+    ReadingOptions reading;
     bool force = false;
     bool skip_existing = false;
     bool json = false;
@@ -51,8 +57,12 @@ struct BatchCommand {
     std::function<Report(const Job&)> run;  // called from several threads at once
 };
 
-// INPUT..., -o, --picture, --format, -j, --force, --skip-existing, --json and -q.
+// INPUT..., -o, --picture, --format, -j, --force, --skip-existing, --json and -q; for
+// commands that read sound --rate, --channels and --allow-truncated.
 void add_batch_options(CLI::App& app, BatchOptions& options, const BatchCommand& command);
+
+// --max-ratio, for commands that convert sample rates.
+void add_ratio_option(CLI::App& app, ReadingOptions& options);
 
 // Runs the command on every input, with progress on stderr and results on stdout. A failure stops
 // only its own input. Throws a Failure for contradictory options.

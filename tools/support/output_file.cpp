@@ -79,11 +79,6 @@ void OutputFile::write(const void* data, std::size_t n) {
         throw cannot_write(path_, std::strerror(errno));
 }
 
-int OutputFile::descriptor() {
-    if (std::fflush(file_.get()) != 0) throw cannot_write(path_, std::strerror(errno));
-    return fileno(file_.get());
-}
-
 void OutputFile::commit() {
     if (std::fclose(file_.release()) != 0) throw cannot_write(path_, std::strerror(errno));
     if (pending_) pending_->commit();
@@ -94,12 +89,6 @@ void write_then_rename(const std::string& path,
     PendingFile pending(path);
     write(pending.temporary());
     pending.commit();
-}
-
-void write_bytes(const std::string& path, const std::string& bytes) {
-    OutputFile file(path);
-    file.write(bytes);
-    file.commit();
 }
 
 }  // namespace sorvo_tool

@@ -39,7 +39,6 @@ class OutputFile {
 
     void write(const void* data, std::size_t n);
     void write(const std::string& bytes) { write(bytes.data(), bytes.size()); }
-    int descriptor();  // behind all that has been written
     void commit();
 
   private:
@@ -55,8 +54,5 @@ class OutputFile {
 // Calls `write` with a temporary name, and commits the file.
 void write_then_rename(const std::string& path,
                        const std::function<void(const std::string& temporary)>& write);
-
-// The same for contents that are at hand.
-void write_bytes(const std::string& path, const std::string& bytes);
 
 }  // namespace sorvo_tool

@@ -4,7 +4,8 @@
 #include <filesystem>
 #include <map>
 
-#include "support/sound.h"
+#include "support/output_file.h"
+#include "support/sound_reader.h"
 #include "support/text.h"
 
 namespace sorvo_tool {
@@ -69,7 +70,7 @@ bool names_a_folder(const std::string& path) {
 
 void check_ending(const std::string& option, const std::string& path,
                   const std::vector<std::string>& endings) {
-    if (path.empty()) return;
+    if (path.empty() || is_stream(path)) return;
     const std::string ending = fs::path(path).extension().string();
     if (std::find(endings.begin(), endings.end(), ending) != endings.end()) return;
     const auto same = [](const std::string& text) { return text; };
@@ -77,6 +78,16 @@ void check_ending(const std::string& option, const std::string& path,
                   path + " has " + (ending.empty() ? "no ending" : "the ending " + ending),
                   "known here: " + joined(endings, " ", same),
                   "choose one of these, or end the name of a folder in /");
+}
+
+// What the output is; a stream may be what --format says.
+std::string ending_of(const std::string& output, const BatchOptions& options,
+                      const BatchCommand& command) {
+    const std::string ending = fs::path(output).extension().string();
+    const auto& known = command.formats;
+    if (!is_stream(output) || std::find(known.begin(), known.end(), ending) != known.end())
+        return ending;
+    return options.format.empty() ? known.front() : "." + options.format;
 }
 
 void refuse_collisions(const std::vector<Job>& jobs) {
@@ -93,7 +104,7 @@ void refuse_collisions(const std::vector<Job>& jobs) {
 }
 
 bool exists(const std::string& path) {
-    return !path.empty() && fs::exists(path);
+    return !path.empty() && !is_stream(path) && fs::exists(path);
 }
 
 }  // namespace
@@ -105,6 +116,9 @@ Plan make_plan(const BatchOptions& options, const BatchCommand& command) {
                      !names_a_folder(options.output) && !names_a_folder(options.picture);
     if (options.force && options.skip_existing)
         throw usage("--force", "contradicts --skip-existing", "give one of them");
+    if (options.inputs.size() > 1 &&
+        std::count(options.inputs.begin(), options.inputs.end(), "-") > 0)
+        throw usage("-", "stands beside other inputs", "read the standard input alone");
     if (options.output.empty() && options.picture.empty())
         throw usage(
             "-o", "no output is named",
@@ -113,7 +127,8 @@ Plan make_plan(const BatchOptions& options, const BatchCommand& command) {
     if (plan.is_single) {
         check_ending("-o", options.output, command.formats);
         check_ending("--picture", options.picture, {".png"});
-        plan.jobs.push_back({inputs.front().path.string(), options.output, options.picture});
+        plan.jobs.push_back({inputs.front().path.string(), options.output, options.picture,
+                             ending_of(options.output, options, command)});
     } else {
         const std::string ending =
             options.format.empty() ? command.formats.front() : "." + options.format;
@@ -128,13 +143,14 @@ Plan make_plan(const BatchOptions& options, const BatchCommand& command) {
         };
         for (const Input& input : inputs)
             plan.jobs.push_back({input.path.string(), below(options.output, input.stem, ending),
-                                 below(options.picture, input.stem, ".png")});
+                                 below(options.picture, input.stem, ".png"),
+                                 options.output.empty() ? "" : ending});
     }
     refuse_collisions(plan.jobs);
 
     if (options.skip_existing) {
         for (Job& job : plan.jobs) {
-            if (exists(job.output)) job.output.clear();
+            if (exists(job.output)) job.output = job.ending = "";
             if (exists(job.picture)) job.picture.clear();
         }
         const auto is_made = [](const Job& job) {

@@ -1,40 +1,39 @@
-// Sound in memory and in files.
+// Whole sounds in memory, for what cannot be done in blocks.
 #pragma once
 
+#include <limits>
 #include <string>
 #include <vector>
 
-#include "support/facts.h"
+#include "support/sound_reader.h"
 
 namespace sorvo_tool {
 
-enum class SampleFormat { pcm16, pcm24, float32 };
-
 struct Sound {
-    std::vector<std::vector<float>> channels;  // at least one, all of one length, never empty
-    int sample_rate = 0;
-    SampleFormat sample_format = SampleFormat::pcm16;  // the smallest that holds the samples
-    std::string file_type;                             // of the file it came from, for people
+    Block channels;  // at least one, never empty
+    SoundFormat format;
 
     int sample_n() const { return static_cast<int>(channels.front().size()); }
-    double seconds() const { return static_cast<double>(sample_n()) / sample_rate; }
+    double seconds() const { return static_cast<double>(sample_n()) / format.sample_rate; }
 };
 
-// Reads any sound file that libsndfile knows, at any rate and with any number of channels.
-Sound read_sound(const std::string& path);
-
-// Writes .wav or .flac, by the ending of the name. Samples beyond full scale are clipped; their
-// number is returned.
-std::size_t write_sound(const std::string& path, const Sound& sound);
-
-// The mean of all channels.
-std::vector<float> mix_down(const Sound& sound);
-
-// Converts to another rate; `file` is named in failures.
-std::vector<float> resample(const std::vector<float>& samples, int from_rate, int to_rate,
-                            const std::string& file);
-
-// True for names that end as sound files do.
-bool has_sound_ending(const std::string& path);
+// Reads all of a SoundReader or of what reads from one, and tells the report of it.
+template <typename Reader>
+Sound read_whole(const std::string& path, Reader& reader, Report& report) {
+    Sound sound{Block(reader.format().channel_n), reader.format()};
+    Block block;
+    constexpr std::size_t most_n = std::numeric_limits<int>::max();
+    while (reader.read(block)) {
+        if (sound.channels.front().size() + block.front().size() > most_n)
+            throw Failure(Exit::input_failed, path, "is too long",
+                          "limit " + std::to_string(most_n) + " samples a channel",
+                          "split it into shorter files");
+        for (std::size_t i = 0; i < block.size(); ++i)
+            sound.channels[i].insert(sound.channels[i].end(), block[i].begin(), block[i].end());
+    }
+    sound.format.sample_n = sound.sample_n();
+    reader.describe(report);
+    return sound;
+}
 
 }  // namespace sorvo_tool
