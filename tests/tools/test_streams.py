@@ -252,6 +252,8 @@ class CutShort(StreamTest):
                 self.assertRegex(errors, f"{name}: has a rate of .*at most 64, --max-ratio.*--rate")
         self.assertEqual(len(self.make("resample", "slow.wav", "x.npy", "--sample-rate", 100, "--max-ratio", 100)),
                          300_000)
+        out, _ = self.run_tool("resample", "speech.wav", "-o", "z.npy", "--sample-rate", 3999)
+        self.assertIn("note: from 16000 to 3999 Hz, what lies above the new Nyquist frequency folds back", out)
         out, _ = self.run_tool("resample", "slow.wav", "-o", "y.npy", "--rate", 8000, "--sample-rate", 16000)
         self.assertIn("note: taken as 8000 Hz, against its header's 1", out)
         self.assertEqual(len(np.load("y.npy")), 6000)

@@ -100,4 +100,12 @@ std::vector<float> Resampler::outputs(std::int64_t end) {
     return result;
 }
 
+std::string describe_aliasing(int from_rate, int to_rate) {
+    if (from_rate / 4.0 <= to_rate) return "";
+    return "from " + std::to_string(from_rate) + " to " + std::to_string(to_rate) +
+           " Hz, what lies above the new Nyquist frequency folds back; convert in steps, the last "
+           "one from " +
+           std::to_string(2 * static_cast<std::int64_t>(to_rate)) + " Hz";
+}
+
 }  // namespace sorvo_tool

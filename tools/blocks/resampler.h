@@ -37,4 +37,7 @@ class Resampler {
     std::int64_t output_n_ = 0;  // that have been returned
 };
 
+// What a conversion to less than a quarter of the rate lets through; empty for others.
+std::string describe_aliasing(int from_rate, int to_rate);
+
 }  // namespace sorvo_tool

@@ -31,6 +31,8 @@ void SignalReader::describe(Report& report) const {
     if (format.sample_rate != sample_rate_)
         report.notes.push_back("converted from " + std::to_string(format.sample_rate) + " to " +
                                std::to_string(sample_rate_) + " Hz");
+    const std::string aliasing = describe_aliasing(format.sample_rate, sample_rate_);
+    if (!aliasing.empty()) report.notes.push_back(aliasing);
 }
 
 int frames_at_once(const FrameSettings& frame) {

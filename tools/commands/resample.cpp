@@ -35,6 +35,8 @@ Report run(const Options& options, const Job& job) {
 
     Report report;
     sound.describe(report);
+    const std::string aliasing = describe_aliasing(sound.format().sample_rate, options.sample_rate);
+    if (!aliasing.empty()) report.notes.push_back(aliasing);
     report.facts.add("new_sample_rate", number(options.sample_rate));
     writer.describe(report);
     return report;

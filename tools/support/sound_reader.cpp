@@ -100,10 +100,12 @@ class SndfileSource : public SampleSource {
         format.channel_n = static_cast<std::size_t>(info.channels);
         format.sample_format = sample_format_of(info.format);
         format.type = type_name(info.format);
-        format.sample_n = info.frames;
+        if (info.frames < SF_COUNT_MAX / 2) format.sample_n = info.frames;
+        // Of MP3 files without a table of contents the length is about right.
+        format.is_guess = (info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG;
+        promised_n_ = format.sample_n.value_or(0);
+        if (format.is_guess) promised_n_ -= promised_n_ / 100;
         is_cut_short_ = is_cut_short(file_.get());
-        // Of MP3 files without a table of contents the length is a guess.
-        is_guess_ = (info.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_MPEG;
     }
 
     std::size_t read(float* samples, std::size_t frame_n) override {
@@ -114,9 +116,8 @@ class SndfileSource : public SampleSource {
     }
 
     std::string complaint() const override {
-        const sf_count_t promised_n = *format.sample_n - (is_guess_ ? *format.sample_n / 100 : 0);
         if (is_cut_short_) return "its header promises more";
-        if (sample_n_ < promised_n)
+        if (sample_n_ < promised_n_)
             return "its header promises " + std::to_string(*format.sample_n);
         if (sf_error(file_.get()) != SF_ERR_NO_ERROR) return sf_strerror(file_.get());
         return "";
@@ -126,7 +127,7 @@ class SndfileSource : public SampleSource {
     std::unique_ptr<TemporaryFile> copy_;  // of a pipe
     SndfileHandle file_;
     bool is_cut_short_ = false;
-    bool is_guess_ = false;
+    sf_count_t promised_n_ = 0;
     sf_count_t sample_n_ = 0;
 };
 
@@ -291,6 +292,7 @@ SoundReader::SoundReader(std::string path, const ReadingOptions& options)
     : path_(std::move(path)), options_(options), source_(open_source(path_, options)) {
     header_rate_ = source_->format.sample_rate;
     if (options.rate > 0) source_->format.sample_rate = options.rate;
+    if (options.allow_truncated) source_->format.is_guess = true;
     if (source_->format.sample_rate <= 0) throw no_rate(path_);
 }
 

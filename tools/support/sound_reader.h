@@ -24,6 +24,7 @@ struct SoundFormat {
     SampleFormat sample_format = SampleFormat::pcm16;  // the smallest that holds the samples
     std::string type;                                  // of the file, for people
     std::optional<std::int64_t> sample_n;              // a channel, if it is known beforehand
+    bool is_guess = false;                             // the sound may turn out to be shorter
 };
 
 // Samples of all channels in turn.

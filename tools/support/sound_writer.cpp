@@ -215,7 +215,7 @@ std::unique_ptr<SampleSink> open_sink(const std::string& path, const std::string
     header.channel_n = static_cast<int>(format.channel_n);
     header.subtype = subtype_of(format.sample_format);
     header.bytes_a_sample = bits_of(format.sample_format) / 8;
-    if (format.sample_n)
+    if (format.sample_n && !format.is_guess)
         header.data_n = static_cast<std::uint64_t>(*format.sample_n) * format.channel_n *
                         static_cast<std::uint64_t>(header.bytes_a_sample);
     const std::string padding(header.data_n.value_or(0) % 2, '\0');  // to an even length
@@ -234,7 +234,15 @@ void SoundWriter::write(const Block& block) {
     for (const auto& channel : block)
         not_finite_n_ += static_cast<std::size_t>(std::count_if(
             channel.begin(), channel.end(), [](float sample) { return !std::isfinite(sample); }));
-    sink_->write(block);
+    // In pieces, since the sinks make copies.
+    constexpr std::size_t piece_n = 1 << 16;
+    Block piece(block.size());
+    for (std::size_t start = 0; start < block.front().size(); start += piece_n) {
+        const std::size_t end = std::min(start + piece_n, block.front().size());
+        for (std::size_t i = 0; i < block.size(); ++i)
+            piece[i].assign(&block[i][start], &block[i][start] + (end - start));
+        sink_->write(piece);
+    }
 }
 
 void SoundWriter::commit() {
