@@ -2,12 +2,13 @@
 #include <cstdint>
 
 #include "api/call_frame.h"
-#include "elementwise/complex_norm.h"
 #include "elementwise/decibel.h"
 #include "elementwise/frame_length.h"
+#include "elementwise/magphase.h"
 #include "elementwise/nonsilent.h"
 #include "elementwise/standardize.h"
 #include "math/arrays.h"
+#include "math/complex_norm.h"
 
 using namespace sorvo::audio;
 using namespace sorvo::audio::api;

@@ -1,5 +1,5 @@
 #include "api/call_frame.h"
-#include "fft/single_fft.h"
+#include "fft/one_fft.h"
 
 using namespace sorvo::audio;
 using namespace sorvo::audio::api;
@@ -10,7 +10,7 @@ int sorvoAudioFFT(float* dst, const float* src, int fft_n) {
     }
     return run([=] {
         require(fft_n >= 1, "Invalid fft_n size.");
-        real_fft(dst, src, fft_n, single_kernels(simd_level()));
+        real_fft(dst, src, fft_n);
     });
 }
 
@@ -20,6 +20,6 @@ int sorvoAudioIFFT(float* dst, const float* src, int fft_n) {
     }
     return run([=] {
         require(fft_n >= 1, "Invalid fft_n size.");
-        complex_ifft(dst, src, fft_n, single_kernels(simd_level()));
+        complex_ifft(dst, src, fft_n);
     });
 }

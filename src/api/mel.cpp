@@ -58,8 +58,10 @@ int sorvoAudioGetMelSpectrogram(float* dst, const float* src, int sample_n, int 
         require(fft_n / 2 >= mel_n, "mel_n must be lesser than freq_n( fft_n / 2 + 1).");
         require(is_one_of(mel_norm, {0, 1}), "Invalid mel_norm format.");
         require(is_one_of(mel_formula, {1, 0}), "Invalid mel_formula format.");
-        mel_spectrogram(dst, src, sample_n, sample_rate, fft_n, hop_n, win_n, win_type, max_frame_n,
-                        center, power, fft_norm_type, f_min, f_max, mel_n, mel_norm, mel_formula);
+        mel_spectrogram(
+            dst, {src, sample_n}, {fft_n, hop_n, win_n, win_type, center, power, fft_norm_type},
+            {fft_n / 2 + 1, f_min, f_max, mel_n, sample_rate, mel_norm, mel_formula != 0},
+            max_frame_n);
     });
 }
 

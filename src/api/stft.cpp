@@ -51,8 +51,8 @@ int sorvoAudioGetSpectrogram(float* dst, const float* src, int sample_n, int fft
         require(is_one_of(center, {0, 1, 2}), "Invalid center format.");
         require(!(power < 0.0F), "Invalid power value.");  // NaN passes
         require(is_one_of(norm_type, {0, 1, 2}), "Invalid norm_type format.");
-        spectrogram(dst, src, sample_n, fft_n, hop_n, win_n, win_type, max_frame_n, center, power,
-                    norm_type);
+        spectrogram(dst, {src, sample_n}, {fft_n, hop_n, win_n, win_type, center, power, norm_type},
+                    max_frame_n);
     });
 }
 
@@ -71,8 +71,8 @@ int sorvoAudioGetInverseSpectrogram(float* dst, const float* src, int frame_n, i
         require(max_sample_n > 0, "Invalid max_sample_n size.");
         require(is_one_of(center, {0, 1, 2}), "Invalid center format.");
         require(is_one_of(norm_type, {0, 1, 2}), "Invalid norm_type format.");
-        inverse_spectrogram(dst, src, frame_n, freq_n, hop_n, win_n, win_type, max_sample_n, center,
-                            norm_type);
+        inverse_spectrogram(dst, max_sample_n,
+                            {src, frame_n, freq_n, hop_n, win_n, win_type, center, norm_type});
     });
 }
 

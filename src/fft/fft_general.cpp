@@ -1,11 +1,14 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "fft/butterflies.h"
 #include "fft/fft.h"
 #include "util/zeros.h"
 
 namespace sorvo::audio {
 namespace {
+
+using namespace portable;
 
 /// Smallest factor of `rem` that leaves a cofactor at least as large; 0 where rem is prime.
 std::size_t smallest_factor(std::size_t rem) {
@@ -46,21 +49,20 @@ void combine(std::vector<float>& data, std::vector<float>& scratch, std::size_t 
     const std::size_t blocks = n / length;
     for (std::size_t start = 0; start < n; start += length) {
         for (std::size_t k = 0; k < length; ++k) {
-            float re = 0.0F;
-            float im = 0.0F;
+            const std::size_t column = start + k % m;
             std::size_t turn = 0;  // s k mod length
-            for (std::size_t s = 0; s < d; ++s) {
-                const std::size_t x = 2 * (start + s * m + k % m);
-                const std::size_t w = 2 * turn * blocks;
-                re += table[w] * data[x] - table[w + 1] * data[x + 1];
-                im += table[w + 1] * data[x] + table[w] * data[x + 1];
+            const auto next_root = [&](std::size_t /*sum*/, std::size_t /*s*/) {
                 turn += k;
-                if (turn >= length) {
-                    turn -= length;
-                }
-            }
-            scratch[2 * (start + k)] = re;
-            scratch[2 * (start + k) + 1] = im;
+                turn -= turn >= length ? length : 0;
+                return load_complex(table.data(), turn * blocks);
+            };
+            const auto value = [&](std::size_t s) {
+                return load_complex(data.data(), column + s * m);
+            };
+            Complex<float> sum[1] = {
+                first_term<Products::literal>(value(0), load_complex(table.data(), 0))};
+            add_products(sum, d, next_root, value);
+            store_complex(scratch.data(), start + k, sum[0]);
         }
     }
     std::copy_n(scratch.begin(), 2 * n, data.begin());

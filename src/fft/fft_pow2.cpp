@@ -1,68 +1,33 @@
 #include <cstddef>
 #include <utility>
 
+#include "fft/butterflies.h"
 #include "fft/fft.h"
 
 namespace sorvo::audio {
 namespace {
 
-struct Complex {
-    float re;
-    float im;
-};
+using portable::Complex;
+using portable::load_complex;
+using portable::radix4;
+using portable::Radix4Twiddles;
+using portable::store_complex;
 
-Complex operator+(Complex a, Complex b) {
-    return {a.re + b.re, a.im + b.im};
-}
-Complex operator-(Complex a, Complex b) {
-    return {a.re - b.re, a.im - b.im};
-}
-
-/// a - i b and a + i b.
-Complex minus_i(Complex a, Complex b) {
-    return {a.re + b.im, a.im - b.re};
-}
-Complex plus_i(Complex a, Complex b) {
-    return {a.re - b.im, a.im + b.re};
-}
-
-/// t times the twiddle (c, s), which the table stores expanded with -s.
-Complex multiply(Complex t, float c, float s, float minus_s) {
-    return {c * t.re + minus_s * t.im, c * t.im + s * t.re};
-}
-
-Complex load(const float* data, std::size_t j) {
-    return {data[2 * j], data[2 * j + 1]};
-}
-
-void store(float* data, std::size_t j, Complex value) {
-    data[2 * j] = value.re;
-    data[2 * j + 1] = value.im;
-}
-
-/// The outputs land in the order 0, 2, 1, 3: two radix-2 steps in one, so that the final bit
-/// reversal restores natural order.
+/// The butterflies of one column of all blocks; `group` is the column's in the table.
 template <bool inverse>
 void butterflies(float* data, std::size_t n, std::size_t start, std::size_t span,
-                 std::size_t quarter, const float* twiddles) {
-    const float* const w2 = twiddles;
-    const float* const w1 = twiddles + 4;
-    const float* const w3 = twiddles + 8;
+                 std::size_t quarter, const float* group) {
+    const Radix4Twiddles<float> w = {
+        {group[4], group[5]}, {group[0], group[1]}, {group[9], group[11]}};
     for (std::size_t s = start; s < n; s += span) {
-        const Complex a = load(data, s);
-        const Complex b = load(data, s + quarter);
-        const Complex c = load(data, s + 2 * quarter);
-        const Complex d = load(data, s + 3 * quarter);
-        const Complex ac = a + c;
-        const Complex bd = b + d;
-        const Complex a_c = a - c;
-        const Complex b_d = b - d;
-        const Complex t1 = inverse ? plus_i(a_c, b_d) : minus_i(a_c, b_d);
-        const Complex t3 = inverse ? minus_i(a_c, b_d) : plus_i(a_c, b_d);
-        store(data, s, ac + bd);
-        store(data, s + quarter, multiply(ac - bd, w2[0], w2[1], w2[2]));
-        store(data, s + 2 * quarter, multiply(t1, w1[0], w1[1], w1[2]));
-        store(data, s + 3 * quarter, multiply(t3, w3[1], w3[3], w3[0]));
+        Complex<float> x[4];
+        for (std::size_t i = 0; i < 4; ++i) {
+            x[i] = load_complex(data, s + i * quarter);
+        }
+        radix4<inverse>(x, w);
+        for (std::size_t i = 0; i < 4; ++i) {
+            store_complex(data, s + i * quarter, x[i]);
+        }
     }
 }
 
@@ -134,10 +99,10 @@ void ifft_pow2_core(std::vector<float>& data, int n, int start, int span, int qu
 void fft_pow2_merge(std::vector<float>& data, int n) {
     float* const x = data.data();
     for (std::size_t i = 0; i + 1 < static_cast<std::size_t>(n); i += 2) {
-        const Complex a = load(x, i);
-        const Complex b = load(x, i + 1);
-        store(x, i, a + b);
-        store(x, i + 1, a - b);
+        const Complex<float> a = load_complex(x, i);
+        const Complex<float> b = load_complex(x, i + 1);
+        store_complex(x, i, a + b);
+        store_complex(x, i + 1, a - b);
     }
 }
 

@@ -95,31 +95,11 @@ void FftTable::init_fft_table(int n, std::map<int, std::vector<float>>& tables, 
 }
 
 const std::vector<float>& FftTable::ref_table(int n) {
-    return ref_table_of(n, forward_.tables, false);
+    return ref_table_of(n, forward_, false);
 }
 
 const std::vector<float>& FftTable::ref_inv_table(int n) {
-    return ref_table_of(n, inverse_.tables, true);
-}
-
-const FftPlan& FftTable::ref_plan(int n, Entries& entries, bool inverse) {
-    const std::uint32_t hash = static_cast<std::uint32_t>(n) * 2654435769U;  // 2^32 / golden ratio
-    std::atomic<const FftPlan*>& recent = entries.recent[hash >> 26U];
-    const FftPlan* plan = recent.load(std::memory_order_acquire);
-    if (plan == nullptr || plan->view().n != static_cast<std::size_t>(n)) {
-        const std::vector<float>& table = ref_table_of(n, entries.tables, inverse);
-        plan = &entries.plans.ref(n, [&] { return FftPlan(n, table); });
-        recent.store(plan, std::memory_order_release);
-    }
-    return *plan;
-}
-
-const FftPlan& FftTable::ref_plan(int n) {
-    return ref_plan(n, forward_, false);
-}
-
-const FftPlan& FftTable::ref_inv_plan(int n) {
-    return ref_plan(n, inverse_, true);
+    return ref_table_of(n, inverse_, true);
 }
 
 }  // namespace sorvo::audio

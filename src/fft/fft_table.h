@@ -1,11 +1,8 @@
 #pragma once
 
-#include <array>
-#include <atomic>
 #include <map>
 #include <vector>
 
-#include "fft/fft_plan.h"
 #include "util/table_cache.h"
 
 namespace sorvo::audio {
@@ -34,30 +31,14 @@ class FftTable {
     /// The inverse table of size n; throws SorvoInvalidArgument for n <= 0.
     const std::vector<float>& ref_inv_table(int n);
 
-    /// The plans that belong to these tables, for 1 <= n <= max_single_n.
-    const FftPlan& ref_plan(int n);
-    const FftPlan& ref_inv_plan(int n);
-
     /// Builds the table for n into `tables` unless it is there. A table becomes visible only when
     /// it is complete: after a failure `tables` is as it was.
     static void init_fft_table(int n, std::map<int, std::vector<float>>& tables, bool inverse);
 
   private:
     FftTable() = default;
-    /// The entries of one direction. A plan points into its table; it is built on its first
-    /// request, too.
-    struct Entries {
-        TableCache<int, std::vector<float>> tables{Cache::fft};
-        TableCache<int, FftPlan> plans{Cache::fft};
-        /// Plans that were asked for last and most often are asked for again, found without a
-        /// search. Each length has one place here, so that threads at work on a few lengths do not
-        /// keep overwriting each other's.
-        std::array<std::atomic<const FftPlan*>, 64> recent{};
-    };
-    static const FftPlan& ref_plan(int n, Entries& entries, bool inverse);
-
-    Entries forward_;
-    Entries inverse_;
+    TableCache<int, std::vector<float>> forward_{Cache::fft};
+    TableCache<int, std::vector<float>> inverse_{Cache::fft};
 };
 
 }  // namespace sorvo::audio

@@ -40,10 +40,10 @@ SORVO_INLINE Root find_root(FloatVec x) {
     const FloatVec s = square_root(x);
     const FloatVec binade = from_bits(bits_of(s) & 0x7F800000U);
     const FloatVec bound = s * (binade * (certain * 0x1p-23F)) - underflow;
-    const MaskVec doubt = ~(magnitude_of(remainder_of(x, s)) <= bound) & (bits_of(x) != 0U);
-    const auto asked = reinterpret_cast<BitsVec>(doubt);
-    return {from_bits((asked & (bits_of(x) | 0x80000000U)) | (~asked & bits_of(s))),
-            lane_bits(doubt)};
+    Root root = {s, 0};
+    root.doubt = replace_unless_below(root.value, from_bits(bits_of(x) | 0x80000000U),
+                                      magnitude_of(remainder_of(x, s)), bound, x);
+    return root;
 }
 
 }  // namespace

@@ -44,20 +44,23 @@ void convert_freq_to_mel_2d(float* dst, const float* src, const float* fb, int f
     const auto row_n = static_cast<std::size_t>(frame_n);
     const auto weight_n = static_cast<std::size_t>(freq_n);
     auto bands = make_zeros<MelBand>(static_cast<std::uint64_t>(mel_n));
-    auto all_bins = make_zeros<MelBand>(bands.size());
     for (std::size_t m = 0; m < bands.size(); ++m) {
-        const float* const weights = fb + m * weight_n;
-        bands[m] = nonzero_band(weights, weight_n);
-        all_bins[m] = {weights, 0, weight_n};
+        bands[m] = nonzero_band(fb + m * weight_n, weight_n);
     }
+    auto outside = make_zeros<float>(outside_n(weight_n));
     for (std::size_t t = 0; t < row_n; t += block_n) {
         const std::size_t n = std::min(block_n, row_n - t);
         bool finite = true;
         for (std::size_t k = 0; k < weight_n && finite; ++k) {
             finite = kernels.all_finite(src + k * row_n + t, n);
         }
-        kernels.apply_bands(dst + t, row_n, src + t, row_n, finite ? bands.data() : all_bins.data(),
-                            bands.size(), n);
+        const MelJob job = {dst + t,  row_n,        src + t,      row_n,
+                            weight_n, bands.data(), bands.size(), n};
+        if (finite) {
+            kernels.apply_bands(job);
+        } else {
+            kernels.apply_bands_to_any(job, outside.data());
+        }
     }
 }
 

@@ -1,54 +1,77 @@
 #include "mel/mel_kernels.h"
 
-#include "simd/shuffle.h"
+#include "simd/vector.h"
 
 namespace sorvo::audio::SORVO_LEVEL {
 namespace {
 
-/// One band of pack_n packs of frames.
-template <std::size_t pack_n>
-SORVO_INLINE void apply_band(float* dst, const float* src, std::size_t src_row,
-                             const MelBand& band) {
-    FloatVec sums[pack_n] = {};
-    const float* values = src + band.begin * src_row;
+/// The bins of one band, of vec_n vectors of frames (or of vec_n single frames).
+template <class V, std::size_t vec_n>
+SORVO_INLINE void sum_band(V (&sums)[vec_n], const float* src, std::size_t src_step,
+                           const MelBand& band) {
+    const float* values = src + band.begin * src_step;
     const std::size_t n = band.end - band.begin;
-    for (std::size_t k = 0; k < n; ++k, values += src_row) {
-        for (std::size_t i = 0; i < pack_n; ++i) {
-            sums[i] += load(values + i * lane_n) * band.weights[k];
+    for (std::size_t k = 0; k < n; ++k, values += src_step) {
+        for (std::size_t i = 0; i < vec_n; ++i) {
+            sums[i] += load<V>(values + i * (sizeof(V) / sizeof(float))) * band.weights[k];
         }
-    }
-    for (std::size_t i = 0; i < pack_n; ++i) {
-        store(dst + i * lane_n, sums[i]);
     }
 }
 
-template <std::size_t pack_n>
-SORVO_INLINE std::size_t apply_to_packs(float* dst, std::size_t dst_row, const float* src,
-                                        std::size_t src_row, const MelBand* bands,
-                                        std::size_t band_n, std::size_t t, std::size_t frame_n) {
-    for (; t + pack_n * lane_n <= frame_n; t += pack_n * lane_n) {
-        for (std::size_t m = 0; m < band_n; ++m) {
-            apply_band<pack_n>(dst + m * dst_row + t, src + t, src_row, bands[m]);
+/// All bands of as many frames as fill `vec_n` vectors, again and again; returns the first frame
+/// left.
+template <class V, std::size_t vec_n>
+SORVO_INLINE std::size_t apply_finite(const MelJob& job, std::size_t t) {
+    constexpr std::size_t step = sizeof(V) / sizeof(float);
+    for (; t + vec_n * step <= job.frame_n; t += vec_n * step) {
+        for (std::size_t m = 0; m < job.band_n; ++m) {
+            V sums[vec_n] = {};
+            sum_band(sums, job.src + t, job.src_step, job.bands[m]);
+            for (std::size_t i = 0; i < vec_n; ++i) {
+                store(job.dst + m * job.dst_step + t + i * step, sums[i]);
+            }
         }
     }
     return t;
 }
 
-void apply_bands(float* dst, std::size_t dst_row, const float* src, std::size_t src_row,
-                 const MelBand* bands, std::size_t band_n, std::size_t frame_n) {
-    std::size_t t = 0;
-    t = apply_to_packs<4>(dst, dst_row, src, src_row, bands, band_n, t, frame_n);
-    t = apply_to_packs<1>(dst, dst_row, src, src_row, bands, band_n, t, frame_n);
-    for (; t < frame_n; ++t) {
-        for (std::size_t m = 0; m < band_n; ++m) {
-            const MelBand& band = bands[m];
-            float sum = 0.0F;
-            for (std::size_t k = band.begin; k < band.end; ++k) {
-                sum += src[k * src_row + t] * band.weights[k - band.begin];
-            }
-            dst[m * dst_row + t] = sum;
+void apply_bands(const MelJob& job) {
+    const std::size_t t = apply_finite<FloatVec, 4>(job, 0);
+    apply_finite<float, 1>(job, apply_finite<FloatVec, 1>(job, t));
+}
+
+/// The products outside a band are 0 or NaN, whatever their order: below[k] are those of all bins
+/// before k, above[k] those from k on, summed once for all bands.
+template <class V>
+SORVO_INLINE std::size_t apply_any(const MelJob& job, float* outside, std::size_t t) {
+    constexpr std::size_t step = sizeof(V) / sizeof(float);
+    float* const below = outside;
+    float* const above = outside + (job.freq_n + 1) * step;
+    for (; t + step <= job.frame_n; t += step) {
+        V sum = {};
+        store(below, sum);
+        for (std::size_t k = 0; k < job.freq_n; ++k) {
+            sum += load<V>(job.src + k * job.src_step + t) * 0.0F;
+            store(below + (k + 1) * step, sum);
+        }
+        sum = V{};
+        store(above + job.freq_n * step, sum);
+        for (std::size_t k = job.freq_n; k-- > 0;) {
+            sum += load<V>(job.src + k * job.src_step + t) * 0.0F;
+            store(above + k * step, sum);
+        }
+        for (std::size_t m = 0; m < job.band_n; ++m) {
+            const MelBand& band = job.bands[m];
+            V sums[1] = {load<V>(below + band.begin * step) + load<V>(above + band.end * step)};
+            sum_band(sums, job.src + t, job.src_step, band);
+            store(job.dst + m * job.dst_step + t, sums[0]);
         }
     }
+    return t;
+}
+
+void apply_bands_to_any(const MelJob& job, float* outside) {
+    apply_any<float>(job, outside, apply_any<FloatVec>(job, outside, 0));
 }
 
 bool all_finite(const float* data, std::size_t n) {
@@ -74,6 +97,6 @@ bool all_finite(const float* data, std::size_t n) {
 
 }  // namespace
 
-const MelKernels mel_kernels = {apply_bands, all_finite};
+const MelKernels mel_kernels = {apply_bands, apply_bands_to_any, all_finite};
 
 }  // namespace sorvo::audio::SORVO_LEVEL

@@ -14,12 +14,31 @@ struct MelBand {
     std::size_t end;
 };
 
+/// dst[m * dst_step + t] = sum over all bins k of src[k * src_step + t] and the weights of band m,
+/// in the order of k from +0, for m < band_n and t < frame_n.
+struct MelJob {
+    float* dst;
+    std::size_t dst_step;
+    const float* src;
+    std::size_t src_step;
+    std::size_t freq_n;
+    const MelBand* bands;
+    std::size_t band_n;
+    std::size_t frame_n;
+};
+
+/// Floats of working storage for values that may not be finite.
+constexpr std::size_t outside_n(std::size_t freq_n) {
+    return 2 * (freq_n + 1) * 16;
+}
+
 struct MelKernels {
-    /// dst[m * dst_row + t] = sum over the bins k of band m of src[k * src_row + t] weights[k -
-    /// begin], in the order of k from +0, for m < band_n and t < frame_n. Where `src` is finite it
-    /// equals the sum over all bins: a sum from +0 is never -0, so zero products change nothing.
-    void (*apply_bands)(float* dst, std::size_t dst_row, const float* src, std::size_t src_row,
-                        const MelBand* bands, std::size_t band_n, std::size_t frame_n);
+    /// Finite values only: the zero products outside a band change no sum, as one that starts at +0
+    /// is never -0, and are left out.
+    void (*apply_bands)(const MelJob& job);
+    /// Any values: what is not finite makes these products NaN. `outside` has room for outside_n()
+    /// floats.
+    void (*apply_bands_to_any)(const MelJob& job, float* outside);
     /// True if no value is infinite or NaN.
     bool (*all_finite)(const float* data, std::size_t n);
 };

@@ -1,20 +1,19 @@
 #pragma once
 
 #include "mel/mfb_table.h"
-#include "stft/frame_spectra.h"
+#include "simd/level.h"
+#include "stft/analysis.h"
 
 namespace sorvo::audio {
 
 /// Mel spectrogram of a signal, dst[m * frame_n + t], with frame_n the number of frames computed:
-/// the smaller of max_frame_n and what the signal yields.
-void mel_spectrogram(float* dst, const float* src, int sample_n, int sample_rate, int fft_n,
-                     int hop_n, int win_n, int win_type, int max_frame_n, int center, float power,
-                     int fft_norm_type, float f_min, float f_max, int mel_n, int mel_norm,
-                     int mel_formula);
+/// the smaller of max_frame_n and what the signal yields. The bank has freq_n = fft_n / 2 + 1.
+void mel_spectrogram(float* dst, const Signal& signal, const Analysis& analysis,
+                     const MelFilterBankParam& mel, int max_frame_n,
+                     SimdLevel level = simd_level());
 
-/// The same, many frames side by side by these kernels, or one at a time where there are none. The
-/// results do not depend on it.
-void mel_spectrogram(float* dst, const FrameSource& source, int win_n, int win_type, float power,
-                     int fft_norm_type, const MelFilterBankParam& mel, const FrameKernels* kernels);
+/// The same, one frame after the other: the definition.
+void mel_spectrogram_plain(float* dst, const Signal& signal, const Analysis& analysis,
+                           const MelFilterBankParam& mel, int max_frame_n);
 
 }  // namespace sorvo::audio

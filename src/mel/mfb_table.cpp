@@ -75,12 +75,15 @@ const MFBTable::Entry& MFBTable::ref(MelFilterBankParam key) {
 const std::vector<std::vector<float>>& MFBTable::ref_table(int freq_n, float f_min, float f_max,
                                                            int mel_n, int sample_rate, int mel_norm,
                                                            bool htk) {
-    return ref({freq_n, f_min, f_max, mel_n, sample_rate, mel_norm, htk}).bank;
+    return ref_table({freq_n, f_min, f_max, mel_n, sample_rate, mel_norm, htk});
 }
 
-const std::vector<MelBand>& MFBTable::ref_bands(int freq_n, float f_min, float f_max, int mel_n,
-                                                int sample_rate, int mel_norm, bool htk) {
-    return ref({freq_n, f_min, f_max, mel_n, sample_rate, mel_norm, htk}).bands;
+const std::vector<std::vector<float>>& MFBTable::ref_table(const MelFilterBankParam& key) {
+    return ref(key).bank;
+}
+
+const std::vector<MelBand>& MFBTable::ref_bands(const MelFilterBankParam& key) {
+    return ref(key).bands;
 }
 
 }  // namespace sorvo::audio

@@ -35,10 +35,10 @@ class MFBTable {
     const std::vector<std::vector<float>>& ref_table(int freq_n, float f_min, float f_max,
                                                      int mel_n, int sample_rate, int mel_norm,
                                                      bool htk);
+    const std::vector<std::vector<float>>& ref_table(const MelFilterBankParam& key);
 
     /// The bands of the same bank without their zeros.
-    const std::vector<MelBand>& ref_bands(int freq_n, float f_min, float f_max, int mel_n,
-                                          int sample_rate, int mel_norm, bool htk);
+    const std::vector<MelBand>& ref_bands(const MelFilterBankParam& key);
 
   private:
     struct Entry {

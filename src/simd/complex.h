@@ -5,10 +5,21 @@
 
 namespace sorvo::audio::SORVO_LEVEL {
 
+/// Copied part by part: g++ copies aggregates of vectors through memory, in smaller pieces than
+/// they are loaded from there, and the processor waits for that.
 template <class V>
 struct Complex {
     V re;
     V im;
+
+    Complex() = default;
+    SORVO_INLINE Complex(V real, V imaginary) : re(real), im(imaginary) {}
+    SORVO_INLINE Complex(const Complex& other) : re(other.re), im(other.im) {}
+    SORVO_INLINE Complex& operator=(const Complex& other) {
+        re = other.re;
+        im = other.im;
+        return *this;
+    }
 };
 
 using ComplexVec = Complex<FloatVec>;

@@ -8,6 +8,10 @@
 
 namespace sorvo::audio::SORVO_LEVEL {
 
+SORVO_INLINE FloatVec broadcast(float value) {
+    return reinterpret_cast<FloatVec>(vdupq_n_f32(value));
+}
+
 SORVO_INLINE FloatVec square_root(FloatVec value) {
     return reinterpret_cast<FloatVec>(vsqrtq_f32(reinterpret_cast<float32x4_t>(value)));
 }

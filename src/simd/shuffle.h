@@ -267,7 +267,7 @@ SORVO_INLINE void transpose_square(double* dst, std::ptrdiff_t dst_stride, const
 
 /// Lane i of the result is lane order[i] of x.
 template <class V>
-SORVO_INLINE V permute(V x, const std::uint32_t* order) {
+SORVO_INLINE V permute(V x, BitsVec order) {
     V result;
     for (std::size_t i = 0; i < lanes_of<V>; ++i) {
         result[i] = x[order[i]];

@@ -47,21 +47,25 @@ using LongMaskVec = Vec<std::int64_t, double_lane_n>;  ///< the same for DoubleV
 template <class V>
 constexpr std::size_t lanes_of = sizeof(V) / sizeof(V{}[0]);
 
-// Memory need not be aligned. memcpy is one move, unless nothing is optimised.
+/// The same in memory, where it need not be aligned.
+template <class V>
+struct Unaligned {
+    typedef V type
+        __attribute__((aligned(1), may_alias));  // in an alias clang++ would leave them out
+};
 
 template <class V = FloatVec, class T>
 SORVO_INLINE V load(const T* p) {
-    V value;
-    __builtin_memcpy(&value, p, sizeof value);
-    return value;
+    return *reinterpret_cast<const typename Unaligned<V>::type*>(p);
 }
 
 template <class V, class T>
 SORVO_INLINE void store(T* p, V value) {
-    __builtin_memcpy(p, &value, sizeof value);
+    *reinterpret_cast<typename Unaligned<V>::type*>(p) = value;
 }
 
-SORVO_INLINE FloatVec broadcast(float value) {
+template <class T>
+SORVO_INLINE FloatVec broadcast(T value) {
     FloatVec result;
     for (std::size_t i = 0; i < lane_n; ++i) {
         result[i] = value;
@@ -151,3 +155,16 @@ SORVO_INLINE DoubleVec rounded_to(DoubleVec value) {
 #elif defined(__aarch64__)
 #include "simd/neon.h"
 #endif
+
+namespace sorvo::audio::SORVO_LEVEL {
+
+/// Replaces the lanes of `value` in which neither a <= limit nor x is +0; returns one bit for each.
+template <class V>
+SORVO_INLINE unsigned replace_unless_below(V& value, V replacement, V a, V limit, V x) {
+    const MaskVec replaced = ~(a <= limit) & (bits_of(x) != 0U);
+    const auto mask = reinterpret_cast<BitsVec>(replaced);
+    value = from_bits((mask & bits_of(replacement)) | (~mask & bits_of(value)));
+    return lane_bits(replaced);
+}
+
+}  // namespace sorvo::audio::SORVO_LEVEL

@@ -10,6 +10,10 @@ namespace sorvo::audio::SORVO_LEVEL {
 
 #if defined(__AVX512F__)
 
+SORVO_INLINE FloatVec broadcast(float value) {
+    return _mm512_set1_ps(value);
+}
+
 SORVO_INLINE FloatVec square_root(FloatVec value) {
     return _mm512_sqrt_ps(value);
 }
@@ -20,6 +24,15 @@ SORVO_INLINE DoubleVec square_root(DoubleVec value) {
 
 SORVO_INLINE FloatVec minus_product(FloatVec a, FloatVec b, FloatVec c) {
     return _mm512_fnmadd_ps(b, c, a);
+}
+
+SORVO_INLINE unsigned replace_unless_below(FloatVec& value, FloatVec replacement, FloatVec a,
+                                           FloatVec limit, FloatVec x) {
+    const __m512i bits = _mm512_castps_si512(x);
+    const __mmask16 replaced =
+        _mm512_mask_cmp_ps_mask(_mm512_test_epi32_mask(bits, bits), a, limit, _CMP_NLE_UQ);
+    value = _mm512_mask_mov_ps(value, replaced, replacement);
+    return replaced;
 }
 
 SORVO_INLINE unsigned lane_bits(MaskVec mask) {
@@ -58,8 +71,8 @@ SORVO_INLINE FloatVec load_quarters(const float* p, const std::uint32_t* offsets
     return _mm512_insertf32x4(quarters, _mm_loadu_ps(p + offsets[12]), 3);
 }
 
-SORVO_INLINE FloatVec permute(FloatVec x, const std::uint32_t* order) {
-    return _mm512_permutexvar_ps(_mm512_loadu_si512(order), x);
+SORVO_INLINE FloatVec permute(FloatVec x, BitsVec order) {
+    return _mm512_permutexvar_ps(reinterpret_cast<__m512i>(order), x);
 }
 
 SORVO_INLINE void store_first(float* dst, FloatVec low, FloatVec high, std::size_t count) {
@@ -69,6 +82,10 @@ SORVO_INLINE void store_first(float* dst, FloatVec low, FloatVec high, std::size
 }
 
 #elif defined(__AVX2__)
+
+SORVO_INLINE FloatVec broadcast(float value) {
+    return _mm256_set1_ps(value);
+}
 
 SORVO_INLINE FloatVec square_root(FloatVec value) {
     return _mm256_sqrt_ps(value);
@@ -103,11 +120,15 @@ SORVO_INLINE DoubleVec rounded_to<float>(DoubleVec value) {
     return _mm256_cvtps_pd(_mm256_cvtpd_ps(value));
 }
 
-SORVO_INLINE FloatVec permute(FloatVec x, const std::uint32_t* order) {
-    return _mm256_permutevar8x32_ps(x, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(order)));
+SORVO_INLINE FloatVec permute(FloatVec x, BitsVec order) {
+    return _mm256_permutevar8x32_ps(x, reinterpret_cast<__m256i>(order));
 }
 
 #else
+
+SORVO_INLINE FloatVec broadcast(float value) {
+    return _mm_set1_ps(value);
+}
 
 SORVO_INLINE FloatVec square_root(FloatVec value) {
     return _mm_sqrt_ps(value);

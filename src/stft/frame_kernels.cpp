@@ -1,7 +1,7 @@
 #include "stft/frame_kernels.h"
 
-#include "fft/lane_fft_general.inl"
-#include "fft/lane_fft_pow2.inl"
+#include "fft/batch_general.h"
+#include "fft/batch_pow2.h"
 #include "math/functions.h"
 #include "math/root.h"
 #include "simd/magnitude.h"
@@ -39,20 +39,20 @@ struct PowerSink {
     static constexpr bool all_bins = false;
 
     float* out;
-    std::size_t row;
+    std::size_t step;
     float scale;
     std::uint16_t* doubts;
 
     SORVO_INLINE PowerSink(const FrameJob& job, std::size_t t)
         : out(job.out + (interleaved ? 2 * t : t)),
-          row(job.out_row),
+          step(job.out_step),
           scale(job.scale),
           doubts(job.doubts) {}
 
     SORVO_INLINE void operator()(std::size_t bin, ComplexVec value) const {
         const ComplexVec x = scaled(value, scale);
         const FloatVec square = x.im * x.im + x.re * x.re;
-        float* const dst = out + bin * row;
+        float* const dst = out + bin * step;
         if (root) {
             const Root found = find_root(square);
             put(dst, found.value);
@@ -75,11 +75,13 @@ struct PowerSink {
     void finish(std::size_t bin_n) const {
         for (std::size_t bin = 0; root && bin < bin_n; bin += doubts_at_once) {
             std::uint64_t lanes = 0;
-            __builtin_memcpy(&lanes, doubts + bin, sizeof lanes);
+            for (std::size_t i = 0; i < doubts_at_once; ++i) {
+                lanes |= std::uint64_t{doubts[bin + i]} << (16 * i);
+            }
             for (; lanes != 0; lanes &= lanes - 1) {
                 const auto lane = static_cast<std::size_t>(__builtin_ctzll(lanes));
                 float* const value =
-                    out + (bin + lane / 16) * row + lane % 16 * (interleaved ? 2 : 1);
+                    out + (bin + lane / 16) * step + lane % 16 * (interleaved ? 2 : 1);
                 *value = math::powf(-*value, 0.5F);
             }
         }
@@ -91,69 +93,79 @@ struct ComplexSink {
     static constexpr bool all_bins = false;
 
     float* out;
-    std::size_t row;
+    std::size_t step;
     float scale;
 
     SORVO_INLINE ComplexSink(const FrameJob& job, std::size_t t)
-        : out(job.out + (interleaved ? 2 * t : t)), row(job.out_row), scale(job.scale) {}
+        : out(job.out + (interleaved ? 2 * t : t)), step(job.out_step), scale(job.scale) {}
 
     SORVO_INLINE void operator()(std::size_t bin, ComplexVec value) const {
         const ComplexVec x = scaled(value, scale);
         if (interleaved) {
-            store_interleaved(out + bin * row, x.re, x.im);
+            store_interleaved(out + bin * step, x.re, x.im);
         } else {
-            store(out + 2 * bin * row, x.re);
-            store(out + (2 * bin + 1) * row, x.im);
+            store(out + 2 * bin * step, x.re);
+            store(out + (2 * bin + 1) * step, x.im);
         }
     }
 
     void finish(std::size_t /*bin_n*/) const {}
 };
 
-template <class Transform>
+/// The transforms of lane_n frames at a time.
+template <class Sink, class Transform>
 void for_each_tile(const FrameJob& job, Transform transform) {
-    FloatVec* const work = reinterpret_cast<FloatVec*>(job.work);
     for (std::size_t t = 0; t < job.frame_n; t += lane_n) {
-        transform(t, work, WindowedSamples{job.samples + t, job.offsets, job.window});
+        const Sink sink(job, t);
+        transform(reinterpret_cast<FloatVec*>(job.work),
+                  WindowedSamples{job.samples + t, job.offsets, job.window}, sink);
+        sink.finish(job.plan.n / 2 + 1);
     }
 }
 
 template <class Sink>
-void transform_tiles(const FrameJob& job) {
+void transform_frames(const FrameJob& job) {
     const FftPlanView& plan = job.plan;
-    for_each_tile(job, [&](std::size_t t, FloatVec* work, const WindowedSamples& input) {
-        const Sink sink(job, t);
+    for_each_tile<Sink>(job, [&](FloatVec* work, const WindowedSamples& input, const Sink& sink) {
         if (plan.base_n == 0) {
-            real_transform(work, plan, input, sink);
+            batch_real_pow2(work, plan, input, sink);
         } else {
-            GeneralTransform<WindowedSamples>(plan, work + 2 * plan.n, input).run(work, sink);
+            BatchTransform<WindowedSamples>(plan, work + 2 * plan.n, input).run(work, sink);
         }
-        sink.finish(plan.n / 2 + 1);
     });
 }
 
-template <bool interleaved, bool root>
-void powers(const FrameJob& job) {
-    transform_tiles<PowerSink<interleaved, root>>(job);
-}
+/// The same samples as complex numbers, for data of any kind: outside the window they are 0 even if
+/// their product with its zeros is not.
+struct LiteralSamples {
+    using Value = ComplexVec;
 
-template <bool interleaved>
-void spectra(const FrameJob& job) {
-    transform_tiles<ComplexSink<interleaved>>(job);
-}
+    WindowedSamples samples;
+    std::size_t begin;
+    std::size_t end;
 
-void exact_spectra(const FrameJob& job) {
-    for_each_tile(job, [&](std::size_t t, FloatVec* work, const WindowedSamples& input) {
-        const auto windowed = [&](std::size_t i) {  // x * 0 could be -0
-            return i >= job.begin && i < job.end ? input(i) : FloatVec{};
-        };
-        exact_transform(work, job.plan, windowed, ComplexSink<false>(job, t));
+    SORVO_INLINE ComplexVec operator()(std::size_t i) const {
+        return as_complex(i >= begin && i < end ? samples(i) : FloatVec{});
+    }
+};
+
+template <class Sink>
+void transform_literally(const FrameJob& job) {
+    const FftPlanView& plan = job.plan;
+    for_each_tile<Sink>(job, [&](FloatVec* work, const WindowedSamples& samples, const Sink& sink) {
+        const LiteralSamples input = {samples, job.begin, job.end};
+        if (plan.base_n == 0) {
+            batch_literal_pow2<false>(work, plan, input, sink);
+        } else {
+            BatchTransform<LiteralSamples, Products::literal>(plan, work + 2 * plan.n, input)
+                .run(work, sink);
+        }
     });
 }
 
 /// Blocks of 4 rows and lane_n columns; the last of either direction overlap the ones before. The
 /// samples of lane_n columns are short pieces of many lines: nothing but a prefetch foresees them.
-std::uint32_t transpose(float* dst, std::size_t dst_row, const float* src, std::size_t hop_n,
+std::uint32_t transpose(float* dst, std::size_t dst_step, const float* src, std::size_t hop_n,
                         std::size_t row_n, std::size_t column_n) {
     LargestMagnitude largest;
     for (std::size_t column = 0; column < column_n; column += lane_n) {
@@ -171,30 +183,30 @@ std::uint32_t transpose(float* dst, std::size_t dst_row, const float* src, std::
             }
             transpose_quarters(rows[0], rows[1], rows[2], rows[3]);
             for (std::size_t i = 0; i < 4; ++i) {
-                store(dst + (r + i) * dst_row + c, rows[i]);
+                store(dst + (r + i) * dst_step + c, rows[i]);
             }
         }
         for (std::size_t r = 0; r < row_n && row_n < 4; ++r) {
             for (std::size_t i = 0; i < lane_n; ++i) {
                 const float value = from[i * hop_n + r];
                 largest.see(value);
-                dst[r * dst_row + c + i] = value;
+                dst[r * dst_step + c + i] = value;
             }
         }
     }
     return largest.bits();
 }
 
-bool interleave(const RowMove& move) {
+bool interleave(const BinMove& move) {
     ZeroSeen zero;
-    for (std::size_t k = 0; k < move.row_n; ++k) {
-        const float* const re = move.src + 2 * k * move.src_row;
-        const float* const im = re + move.src_row;
-        float* const dst = move.dst + k * move.dst_row;
-        const bool real = k == 0 || k + 1 == move.row_n;
-        prefetch_row<true>(dst, move.dst_row, 2 * move.n);
+    for (std::size_t k = 0; k < move.bin_n; ++k) {
+        const float* const re = move.src + 2 * k * move.src_step;
+        const float* const im = re + move.src_step;
+        float* const dst = move.dst + k * move.dst_step;
+        const bool real = k == 0 || k + 1 == move.bin_n;
+        prefetch_row<true>(dst, move.dst_step, 2 * move.frame_n);
         std::size_t i = 0;
-        for (; i + lane_n <= move.n; i += lane_n) {
+        for (; i + lane_n <= move.frame_n; i += lane_n) {
             const FloatVec a = load(re + i);
             const FloatVec b = load(im + i);
             store_interleaved(dst + 2 * i, a, b);
@@ -203,7 +215,7 @@ bool interleave(const RowMove& move) {
                 zero.see(b);
             }
         }
-        for (; i < move.n; ++i) {
+        for (; i < move.frame_n; ++i) {
             dst[2 * i] = re[i];
             dst[2 * i + 1] = im[i];
             zero.see(re[i]);
@@ -215,16 +227,16 @@ bool interleave(const RowMove& move) {
     return zero.seen();
 }
 
-void interleave_zeros(const RowMove& move) {
-    for (std::size_t k = 0; k < move.row_n; ++k) {
-        const float* const re = move.src + k * move.src_row;
-        float* const dst = move.dst + k * move.dst_row;
-        prefetch_row<true>(dst, move.dst_row, 2 * move.n);
+void interleave_zeros(const BinMove& move) {
+    for (std::size_t k = 0; k < move.bin_n; ++k) {
+        const float* const re = move.src + k * move.src_step;
+        float* const dst = move.dst + k * move.dst_step;
+        prefetch_row<true>(dst, move.dst_step, 2 * move.frame_n);
         std::size_t i = 0;
-        for (; i + lane_n <= move.n; i += lane_n) {
+        for (; i + lane_n <= move.frame_n; i += lane_n) {
             store_interleaved(dst + 2 * i, load(re + i), FloatVec{});
         }
-        for (; i < move.n; ++i) {
+        for (; i < move.frame_n; ++i) {
             dst[2 * i] = re[i];
             dst[2 * i + 1] = 0.0F;
         }
@@ -233,13 +245,16 @@ void interleave_zeros(const RowMove& move) {
 
 }  // namespace
 
-const FrameKernels frame_kernels = {SimdLevel::SORVO_LEVEL,
-                                    lane_n,
-                                    transpose,
-                                    {powers<false, false>, powers<false, true>, spectra<false>},
-                                    {powers<true, false>, powers<true, true>, spectra<true>},
-                                    exact_spectra,
-                                    interleave,
-                                    interleave_zeros};
+const FrameKernels frame_kernels = {
+    lane_n,
+    transpose,
+    {transform_frames<PowerSink<false, false>>, transform_frames<PowerSink<false, true>>,
+     transform_frames<ComplexSink<false>>},
+    {transform_frames<PowerSink<true, false>>, transform_frames<PowerSink<true, true>>,
+     transform_frames<ComplexSink<true>>},
+    {transform_literally<PowerSink<false, false>>, transform_literally<PowerSink<false, true>>,
+     transform_literally<ComplexSink<false>>},
+    interleave,
+    interleave_zeros};
 
 }  // namespace sorvo::audio::SORVO_LEVEL

@@ -116,60 +116,42 @@ int transform_length(int freq_n) {
     return static_cast<int>(n);
 }
 
-/// All frames, one at a time: the definition.
-void add_frames(float* dst, const SynthesisSource& source, const std::vector<float>& inv_table,
-                const std::vector<float>& window, int norm_type) {
-    const int fft_n = transform_length(source.freq_n);
+}  // namespace
+
+void inverse_spectrogram_plain(float* dst, int max_sample_n, const Synthesis& synthesis) {
+    const int fft_n = transform_length(synthesis.freq_n);
+    const std::vector<float>& inv_table = FftTable::instance().ref_inv_table(fft_n);
+    const std::vector<float>& window =
+        WindowTable::instance().ref_table(synthesis.win_n, synthesis.win_type);
+    const auto frame_n = static_cast<std::size_t>(synthesis.frame_n);
     auto spec = make_zeros<float>(2 * static_cast<std::uint64_t>(fft_n));
     auto frame = make_zeros<float>(spec.size());
-    const std::uint64_t length = overlap_length(source.frame_n, fft_n, source.hop_n);
+    const std::uint64_t length = overlap_length(synthesis.frame_n, fft_n, synthesis.hop_n);
     auto sum = make_zeros<float>(2 * length);
-    for (std::size_t t = 0; t < static_cast<std::size_t>(source.frame_n); ++t) {
-        load_spectrum(spec, source.src, t, static_cast<std::size_t>(source.frame_n),
-                      static_cast<std::size_t>(source.freq_n), static_cast<std::size_t>(fft_n));
-        istft_core(frame, spec, fft_n, inv_table, window, norm_type);
-        float* const at = sum.data() + 2 * t * static_cast<std::size_t>(source.hop_n);
+    for (std::size_t t = 0; t < frame_n; ++t) {
+        load_spectrum(spec, synthesis.src, t, frame_n, static_cast<std::size_t>(synthesis.freq_n),
+                      static_cast<std::size_t>(fft_n));
+        istft_core(frame, spec, fft_n, inv_table, window, synthesis.norm_type);
+        float* const at = sum.data() + 2 * t * static_cast<std::size_t>(synthesis.hop_n);
         for (std::size_t i = 0; i < frame.size(); ++i) {
             at[i] += frame[i];
         }
     }
-    scale_istft_window_suqare_sum(sum, window, fft_n, source.hop_n, fft_n, source.frame_n);
-    const std::uint64_t offset = source.center != 0 ? static_cast<std::uint64_t>(fft_n) / 2 : 0;
-    const auto n = std::min(length, static_cast<std::uint64_t>(source.max_sample_n));
+    scale_istft_window_suqare_sum(sum, window, fft_n, synthesis.hop_n, fft_n, synthesis.frame_n);
+    const std::uint64_t offset = synthesis.center != 0 ? static_cast<std::uint64_t>(fft_n) / 2 : 0;
+    const auto n = std::min(length, static_cast<std::uint64_t>(max_sample_n));
     for (std::uint64_t i = 0; i < n; ++i) {
         dst[i] = i + offset < length ? sum[2 * (i + offset)] : 0.0F;
     }
 }
 
-}  // namespace
-
-void inverse_spectrogram(float* dst, const SynthesisSource& source, int win_n, int win_type,
-                         int norm_type, const OverlapKernels* kernels) {
-    const int fft_n = transform_length(source.freq_n);
-    const std::vector<float>& inv_table = FftTable::instance().ref_inv_table(fft_n);
-    const std::vector<float>& window = WindowTable::instance().ref_table(win_n, win_type);
-    if (kernels == nullptr) {
-        add_frames(dst, source, inv_table, window, norm_type);
-        return;
+void inverse_spectrogram(float* dst, int max_sample_n, const Synthesis& synthesis,
+                         SimdLevel level) {
+    if (batches_pay(synthesis)) {
+        OverlapAdd(dst, max_sample_n, synthesis, level).run();
+    } else {
+        inverse_spectrogram_plain(dst, max_sample_n, synthesis);
     }
-    const float factor = norm_type == 2 ? 0.5F * static_cast<float>(fft_n) : 1.0F;
-    OverlapAdd synthesis(dst, source, FftTable::instance().ref_inv_plan(fft_n), window, factor,
-                         *kernels);
-    auto spec = make_zeros<float>(2 * static_cast<std::uint64_t>(fft_n));
-    auto frame = make_zeros<float>(spec.size());
-    synthesis.run([&](std::size_t t) -> const std::vector<float>& {
-        load_spectrum(spec, source.src, t, static_cast<std::size_t>(source.frame_n),
-                      static_cast<std::size_t>(source.freq_n), static_cast<std::size_t>(fft_n));
-        istft_core(frame, spec, fft_n, inv_table, window, norm_type);
-        return frame;
-    });
-}
-
-void inverse_spectrogram(float* dst, const float* src, int frame_n, int freq_n, int hop_n,
-                         int win_n, int win_type, int max_sample_n, int center, int norm_type) {
-    const SynthesisSource source = {src, frame_n, freq_n, hop_n, max_sample_n, center};
-    inverse_spectrogram(dst, source, win_n, win_type, norm_type,
-                        lanes_pay(source) ? &overlap_kernels(simd_level()) : nullptr);
 }
 
 }  // namespace sorvo::audio

@@ -3,7 +3,8 @@
 
 #include <vector>
 
-#include "stft/overlap_add.h"
+#include "simd/level.h"
+#include "stft/analysis.h"
 
 namespace sorvo::audio {
 
@@ -32,12 +33,10 @@ void scale_istft_window_suqare_sum(std::vector<float>& y, const std::vector<floa
 
 /// Overlap-add synthesis of at most max_sample_n samples. Where max_sample_n asks for more than the
 /// accumulated frames hold behind the centre offset, the rest of that range is 0.
-void inverse_spectrogram(float* dst, const float* src, int frame_n, int freq_n, int hop_n,
-                         int win_n, int win_type, int max_sample_n, int center, int norm_type);
+void inverse_spectrogram(float* dst, int max_sample_n, const Synthesis& synthesis,
+                         SimdLevel level = simd_level());
 
-/// The same, many frames side by side by these kernels, or one at a time where there are none. The
-/// results do not depend on it.
-void inverse_spectrogram(float* dst, const SynthesisSource& source, int win_n, int win_type,
-                         int norm_type, const OverlapKernels* kernels);
+/// The same, one frame after the other: the definition.
+void inverse_spectrogram_plain(float* dst, int max_sample_n, const Synthesis& synthesis);
 
 }  // namespace sorvo::audio

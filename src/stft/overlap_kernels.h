@@ -14,31 +14,35 @@ namespace sorvo::audio {
 struct SynthesisJob {
     FftPlanView plan;      ///< of the inverse transform
     const float* spectra;  ///< rows 2 k and 2 k + 1: the real and the imaginary part of bin k
-    std::size_t row;
-    const float* window;  ///< as long as a frame
-    float factor;         ///< after the window
-    float* work;          ///< as FrameJob::work
-    float* frames;        ///< sample i of lane l at i * lane_n + l; aligned
+    std::size_t step;      ///< floats from row to row
+    const float* window;   ///< as long as a frame
+    std::size_t begin;     ///< the frame is 0 outside begin ... end - 1
+    std::size_t end;
+    float factor;   ///< after the window
+    float* work;    ///< as FrameJob::work
+    float* frames;  ///< sample i of lane l at i * lane_n + l; aligned
 };
 
 struct OverlapKernels {
     std::size_t lane_n;
 
-    /// Rows of re, im, re, im, ... to rows 2 k and 2 k + 1, filled up with zeros to whole packs.
+    /// Bins of re, im, re, im, ... to rows 2 k and 2 k + 1, filled up with zeros to whole vectors.
     /// The result is the bit pattern of the largest magnitude, NaN being above infinity.
-    std::uint32_t (*separate)(const RowMove& move);
+    std::uint32_t (*separate)(const BinMove& move);
 
-    /// Finite data only; the sign of a zero may be wrong.
+    /// Finite data of small magnitude only; the sign of a zero may be wrong.
     void (*synthesize)(const SynthesisJob& job);
+    /// Any data.
+    void (*synthesize_literally)(const SynthesisJob& job);
 
-    /// sums[i % hop_n * row + i / hop_n + l] += sample i of lane l, for i < sample_n, in the order
+    /// sums[i % hop_n * step + i / hop_n + l] += sample i of lane l, for i < sample_n, in the order
     /// of the lanes for each sum.
-    void (*overlap_add)(float* sums, std::size_t row, const float* frames, std::size_t sample_n,
+    void (*overlap_add)(float* sums, std::size_t step, const float* frames, std::size_t sample_n,
                         std::size_t hop_n);
 
-    /// dst[c * hop_n + r] = src[r * row + c] for r < row_n, c < column_n; column_n is a multiple of
-    /// lane_n.
-    void (*transpose_back)(float* dst, std::size_t hop_n, const float* src, std::size_t row,
+    /// dst[c * hop_n + r] = src[r * step + c] for r < row_n, c < column_n; column_n is a multiple
+    /// of lane_n.
+    void (*transpose_back)(float* dst, std::size_t hop_n, const float* src, std::size_t step,
                            std::size_t row_n, std::size_t column_n);
 
     /// dst[i] = src[i] / divisors[i].

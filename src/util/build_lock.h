@@ -4,8 +4,8 @@
 
 namespace sorvo::audio {
 
-/// The caches of tables.
-enum class Cache { fft, window, mel, resample };
+/// The caches of tables and plans.
+enum class Cache { fft, plan, window, mel, resample };
 
 /// Held while a table of the cache is built. Every cache has a lock of its own.
 ///

@@ -1,4 +1,5 @@
-#include "elementwise/complex_norm.h"
+#include "math/complex_norm.h"
+#include "elementwise/magphase.h"
 
 #include <gtest/gtest.h>
 

@@ -6,10 +6,11 @@
 #include <limits>
 #include <vector>
 
-#include "elementwise/complex_norm.h"
 #include "elementwise/decibel.h"
+#include "elementwise/magphase.h"
 #include "kernels/levels.h"
 #include "kernels/signals.h"
+#include "math/complex_norm.h"
 #include "math/power.h"
 
 namespace {

@@ -1,15 +1,11 @@
-// ComplexVec elements in groups of widest_lane_n at every level: their real parts, then their
-// imaginary parts. One address serves both.
+// Complex elements in groups of group_n at every level: their real parts, then their imaginary
+// parts. One address serves both.
 #pragma once
 
-#include "fft/single_plan.h"
+#include "fft/one_plan.h"
 #include "simd/complex.h"
-#include "simd/shuffle.h"
 
 namespace sorvo::audio::SORVO_LEVEL {
-namespace {
-
-constexpr std::size_t group_n = widest_lane_n;
 
 /// Where the real part of element i is. Its imaginary part is group_n further on; both are followed
 /// by those of the next elements up to the end of the group.
@@ -26,5 +22,4 @@ SORVO_INLINE void store_group(float* x, ComplexVec value) {
     store(x + group_n, value.im);
 }
 
-}  // namespace
 }  // namespace sorvo::audio::SORVO_LEVEL

@@ -1,10 +1,9 @@
-#include "elementwise/complex_norm.h"
+#include "math/complex_norm.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 
-#include "math/arrays.h"
 #include "math/power.h"
 
 namespace sorvo::audio {
@@ -53,26 +52,6 @@ void complex_norm_1d(std::vector<float>& data, float power) {
                                    data[2 * (first + i) + 1] = 0.0F;
                                }
                            });
-}
-
-void magphase_1d_core(float* mag, float* phase, const float* src, std::size_t n, float power,
-                      bool complexPhase) {
-    std::array<float, tile_n> angles;
-    for_each_tile_of_norms(src, n, power,
-                           [&](const float* norms, std::size_t first, std::size_t count) {
-                               take_angles(angles.data(), src + 2 * first, count);
-                               std::copy_n(norms, count, mag + first);
-                               if (complexPhase) {
-                                   take_unit_numbers(phase + 2 * first, angles.data(), count);
-                               } else {
-                                   std::copy_n(angles.data(), count, phase + first);
-                               }
-                           });
-}
-
-void magphase_1d(std::vector<float>& mag, std::vector<float>& phase, std::vector<float>& src,
-                 float power, bool complexPhase) {
-    magphase_1d_core(mag.data(), phase.data(), src.data(), mag.size(), power, complexPhase);
 }
 
 }  // namespace sorvo::audio

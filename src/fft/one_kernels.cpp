@@ -1,7 +1,7 @@
-#include "fft/single_kernels.h"
+#include "fft/one_kernels.h"
 
-#include "fft/lane_fft_single_general.inl"
-#include "fft/lane_fft_single_pow2.inl"
+#include "fft/one_general.h"
+#include "fft/one_pow2.h"
 #include "simd/magnitude.h"
 
 namespace sorvo::audio::SORVO_LEVEL {
@@ -21,8 +21,10 @@ std::uint32_t largest_magnitude(const float* data, std::size_t n) {
 
 }  // namespace
 
-const SingleKernels single_kernels = {{single_real_pow2, single_real_general},
-                                      {single_inverse_pow2, single_inverse_general},
-                                      largest_magnitude};
+const OneKernels one_kernels = {
+    {one_real_pow2, one_real_general<Products::needed>, one_real_general<Products::literal>},
+    {one_inverse_pow2, one_inverse_general<Products::needed>,
+     one_inverse_general<Products::literal>},
+    largest_magnitude};
 
 }  // namespace sorvo::audio::SORVO_LEVEL
