@@ -12,7 +12,7 @@ import zipfile
 wheel = pathlib.Path(sys.argv[1])
 OBJECTS = {"libc.so.6", "libm.so.6", "libgcc_s.so.1", "ld-linux-x86-64.so.2", "ld-linux-aarch64.so.1"}
 CONTENTS = {"sorvo_audio/libsorvo_audio.so.0", "sorvo_audio/__init__.py", "sorvo_audio/__main__.py",
-            "sorvo_audio/py.typed", "sorvo_audio/digest_calls.txt",
+            "sorvo_audio/py.typed", "sorvo_audio/digest_calls.txt", "sorvo_audio/presets.json",
             "dist-info/LICENSE", "dist-info/METADATA", "dist-info/RECORD"}
 GCC = (8,)  # whose unwinder every system of the platform has
 

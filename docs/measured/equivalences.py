@@ -7,6 +7,7 @@ of a check.
 """
 import sys
 import warnings
+import wave
 
 import page
 
@@ -80,6 +81,16 @@ TABLES = {
         ("librosa.power_to_db(P, ref=numpy.max, amin=1e-6)", "power_to_db(P, ref=numpy.max, amin=1e-6)",
          "decibels(P, numpy.max, 1e-6)"),
     ],
+    "Features made of several functions": [
+        ('torchaudio.transforms.MFCC(16000, 20, melkwargs={"n_fft": 400, "hop_length": 160, "n_mels": 40})(y)',
+         "mfcc(y, sr=16000, n_mfcc=20, n_fft=400, hop_length=160, n_mels=40, htk=True, norm=None)"),
+        ("librosa.feature.mfcc(y=y, sr=22050)", 'mfcc(y, sr=22050, pad_mode="constant")[..., :1 + n // 512]',
+         'scipy.fft.dct(decibels(librosa_mel(y)), axis=0, norm="ortho")[:20]'),
+        ("torchaudio.compliance.kaldi.fbank(y[None], num_mel_bins=80).T", "kaldi_fbank(y)"),
+        ("torchaudio.functional.compute_deltas(P)", 'deltas(P, width=5, mode="nearest")'),
+        ("librosa.feature.delta(P)", "deltas(P)", "scipy.signal.savgol_filter(P, 9, 1, deriv=1)"),
+        ("librosa.feature.delta(P, order=2)", "deltas(P, order=2)", "scipy.signal.savgol_filter(P, 9, 2, deriv=2)"),
+    ],
     "Filters": [
         ("scipy.signal.lfilter(b, a, y)", "lfilter(b, a, y)"),
         ("scipy.signal.lfilter(b, a, y, zi=zi)[0]", "lfilter(b, a, y, zi=zi)[0]"),
@@ -108,9 +119,13 @@ TABLES = {
 }
 
 
-def names():
+def recording():
+    with wave.open(str(page.FOLDER.parent / "examples/data/speech.wav")) as file:
+        return np.frombuffer(file.readframes(file.getnframes()), "<i2").astype(np.float32) / 32768
+
+
+def names(y):
     """What the expressions may use: double precision for scipy, float32 for torch and for this package."""
-    y = references.speech_like(22051)
     b, a = scipy.signal.butter(4, 0.2)
     inputs = {"y": y, "b": np.float32(b), "a": np.float32(a), "sos": np.float32(scipy.signal.butter(8, 0.1, output="sos")),
               "zi": np.float32([0.1, -0.2, 0.3, 0.1]),
@@ -134,21 +149,22 @@ def difference(theirs, ours):
     return float(np.abs(theirs - ours).max() / np.abs(theirs).max())
 
 
-def difference_of(their_call, our_call, formula=None):
-    """None where the toolkit is not installed."""
-    variables = TENSORS if their_call.startswith("torch") else DOUBLE
-    return difference(eval(formula or their_call, variables), eval(our_call, OURS)) if variables else None
+def difference_of(variables, their_call, our_call, formula=None):
+    """As text; empty where the toolkit is not installed."""
+    ours, double, tensors = variables
+    their_variables = tensors if their_call.startswith("torch") else double
+    if not their_variables:
+        return ""
+    return page.rounded_up(difference(eval(formula or their_call, their_variables), eval(our_call, ours)))
 
 
 def measure():
     lines = []
+    signals = [names(references.speech_like(22051)), names(recording())]
     for name, calls in TABLES.items():
-        rows = []
-        for their_call, our_call, *formula in calls:
-            value = difference_of(their_call, our_call, *formula)
-            rows.append([f"`{their_call}`" + " †" * bool(formula), f"`{our_call}`",
-                         "" if value is None else page.rounded_up(value)])
-        lines += [f"### {name}", "", *page.table(["theirs", "`sorvo_audio`", "difference"], rows)]
+        rows = [[f"`{call[0]}`" + " †" * len(call[2:]), f"`{call[1]}`",
+                 *(difference_of(variables, *call) for variables in signals)] for call in calls]
+        lines += [f"### {name}", "", *page.table(["theirs", "`sorvo_audio`", "synthetic", "recording"], rows)]
     return lines
 
 
@@ -160,5 +176,4 @@ def agree(old, new):
 if __name__ == "__main__":
     with warnings.catch_warnings():
         warnings.simplefilter("ignore")  # torchaudio names bands without bins
-        OURS, DOUBLE, TENSORS = names()
         sys.exit(page.serve("equivalences", measure, agree))

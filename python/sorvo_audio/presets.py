@@ -10,14 +10,18 @@ MelSpectrogram), ``tacotron2``, ``hifigan`` (its V1 to V3). For other settings:
 """
 from __future__ import annotations
 
+import json
+import math
+import pathlib
 from collections.abc import Callable
 from dataclasses import dataclass
 from typing import Any
 
 import numpy as np
 
-from ._arguments import choice, real
-from ._types import Floats, MelNorm, PadMode, Reals
+from . import _compression
+from ._arguments import choice, count, number, real
+from ._types import Center, Floats, MelNorm, PadMode, Reals, SpectrumNorm, Window
 from .spectra import melspectrogram, stft
 
 
@@ -29,16 +33,20 @@ class Preset:
     n_fft: int
     hop_length: int
     n_mels: int
+    fmin: float = 0.0
     fmax: float | None = None
+    win_length: int | None = None
+    window: Window = "hann"
+    fft_norm: SpectrumNorm = None
     power: float = 2.0
     htk: bool = False
     norm: MelNorm = "slaney"
-    center: bool = True
+    center: Center = True
     pad_mode: PadMode = "reflect"
     pad: int = 0
     """Samples by which both ends are reflected before all else."""
     extra_frames: int = 1
-    """There are samples // hop_length + extra_frames frames."""
+    """There are at most samples // hop_length + extra_frames frames."""
     power_offset: float = 0.0
     """Added to the squared magnitudes; needs ``power`` 1."""
     compression: str | None = None
@@ -47,57 +55,66 @@ class Preset:
     @property
     def keywords(self) -> dict[str, Any]:
         """Those of `melspectrogram` and `MelStream`; pad, extra_frames, power_offset, compression are not."""
-        names = ("sr", "n_fft", "hop_length", "n_mels", "fmax", "power", "htk", "norm", "center", "pad_mode")
+        names = ("sr", "n_fft", "hop_length", "win_length", "window", "n_mels", "fmin", "fmax", "power", "htk",
+                 "norm", "fft_norm", "center", "pad_mode")
         return {name: getattr(self, name) for name in names}
 
-    def features(self, y: Reals) -> Floats:
-        """What the model takes.
+    def features(self, y: Reals, *, pad_to_seconds: float | None = None) -> Floats:
+        """What the model takes; a signal that is too short for a frame raises ValueError.
 
         y [..., samples at sr] -> [..., n_mels, frames]
+
+        pad_to_seconds  zeros behind the signal up to this length, such as the 30 of Whisper; it must not be longer
         """
         y = real("y", y)
-        frame_n = y.shape[-1] // self.hop_length + self.extra_frames
-        if self.pad:
-            y = np.pad(y, [(0, 0)] * (y.ndim - 1) + [(self.pad, self.pad)], "reflect")
+        compress = choice("compression", self.compression, _COMPRESSIONS)
+        if pad_to_seconds is not None:
+            y = self._padded(y, number("pad_to_seconds", pad_to_seconds, above=0.0))
+        sample_n, pad = y.shape[-1], count("pad", self.pad, 0)
+        least = max(self.n_fft - 2 * pad, pad + 1, self.hop_length * (1 - self.extra_frames))
+        if sample_n < least:
+            raise ValueError(f"y has {sample_n} samples; these features need at least {least}: give a longer "
+                             "signal, or append zeros by pad_to_seconds")
+        if pad:
+            y = np.pad(y, [(0, 0)] * (y.ndim - 1) + [(pad, pad)], "reflect")
         mel = self._offset_mel(y) if self.power_offset else melspectrogram(y, **self.keywords)
-        return choice("compression", self.compression, _COMPRESSIONS)(mel[..., :frame_n])
+        return compress(np.ascontiguousarray(mel[..., :sample_n // self.hop_length + self.extra_frames]))
+
+    def _padded(self, y: Floats, seconds: float) -> Floats:
+        sample_n, wanted_n = y.shape[-1], math.floor(seconds * self.sr + 0.5)
+        if sample_n > wanted_n:
+            raise ValueError(f"y has {sample_n} samples; pad_to_seconds={seconds:g} leaves room for {wanted_n}: "
+                             "split the signal")
+        return np.pad(y, [(0, 0)] * (y.ndim - 1) + [(0, wanted_n - sample_n)])
 
     def _offset_mel(self, y: Floats) -> Floats:
         if self.power != 1.0:
             raise ValueError(f"power is {self.power}; with a power_offset it must be 1")
-        powers = stft(y, n_fft=self.n_fft, hop_length=self.hop_length, center=self.center,
-                      pad_mode=self.pad_mode, power=2.0)
+        powers = stft(y, n_fft=self.n_fft, hop_length=self.hop_length, win_length=self.win_length,
+                      window=self.window, center=self.center, pad_mode=self.pad_mode, power=2.0,
+                      norm=self.fft_norm)
         magnitudes = np.sqrt(powers + np.float32(self.power_offset))
-        return melspectrogram(S=magnitudes, sr=self.sr, n_mels=self.n_mels, fmax=self.fmax, htk=self.htk,
-                              norm=self.norm)
-
-
-def _linear(mel: Floats) -> Floats:
-    return np.ascontiguousarray(mel)
-
-
-def _log(mel: Floats) -> Floats:
-    result: Floats = np.log(np.maximum(mel, np.float32(1e-5)))
-    return result
-
-
-def _whisper(mel: Floats) -> Floats:
-    decades: Floats = np.log10(np.maximum(mel, np.float32(1e-10)))
-    maximum = decades.max((-2, -1), keepdims=True, initial=-10.0)
-    result: Floats = (np.maximum(decades, maximum - np.float32(8)) + np.float32(4)) / np.float32(4)
-    return result
+        return melspectrogram(S=magnitudes, sr=self.sr, n_mels=self.n_mels, fmin=self.fmin, fmax=self.fmax,
+                              htk=self.htk, norm=self.norm)
 
 
 _COMPRESSIONS: dict[str | None, Callable[[Floats], Floats]] = {
-    None: _linear, "log": _log, "whisper": _whisper
+    None: lambda mel: mel,
+    "log": lambda mel: _compression.logarithms(mel, 1e-5),
+    "whisper": _compression.whisper,
 }
 
-whisper = Preset(sr=16000, n_fft=400, hop_length=160, n_mels=80, extra_frames=0, compression="whisper")
-whisper_128 = Preset(sr=16000, n_fft=400, hop_length=160, n_mels=128, extra_frames=0,
-                     compression="whisper")
-librosa = Preset(sr=22050, n_fft=2048, hop_length=512, n_mels=128, pad_mode="constant")
-torchaudio = Preset(sr=16000, n_fft=400, hop_length=200, n_mels=128, htk=True, norm=None)
-tacotron2 = Preset(sr=22050, n_fft=1024, hop_length=256, n_mels=80, fmax=8000.0, power=1.0,
-                   compression="log")
-hifigan = Preset(sr=22050, n_fft=1024, hop_length=256, n_mels=80, fmax=8000.0, power=1.0, center=False,
-                 pad=384, extra_frames=0, power_offset=1e-9, compression="log")
+
+def _table() -> dict[str, Preset]:
+    """The presets of the command line, which reads the same file."""
+    rows = json.loads(pathlib.Path(__file__).with_name("presets.json").read_text(encoding="utf-8"))
+    return {row.pop("name"): Preset(**{key: row[key] for key in row if key != "about"}) for row in rows}
+
+
+_presets = _table()
+whisper = _presets["whisper"]
+whisper_128 = _presets["whisper_128"]
+librosa = _presets["librosa"]
+torchaudio = _presets["torchaudio"]
+tacotron2 = _presets["tacotron2"]
+hifigan = _presets["hifigan"]
