@@ -8,10 +8,11 @@
 
 #include "elementwise/decibel.h"
 #include "elementwise/magphase.h"
-#include "kernels/levels.h"
-#include "kernels/signals.h"
 #include "math/complex_norm.h"
 #include "math/power.h"
+#include "support/compare.h"
+#include "support/levels.h"
+#include "support/signals.h"
 
 namespace {
 
@@ -36,36 +37,36 @@ std::vector<float> representative_floats() {
     return values;
 }
 
-TEST(RaiseToPower, EqualsTheLibraryFunctionAtEveryLevel) {
+class RaiseToPower : public sorvo::test::AtLevel {};
+
+TEST_P(RaiseToPower, EqualsTheLibraryFunction) {
     const std::vector<float> x = representative_floats();
     for (const float exponent : {0.5F, 1.0F, 0.0F, 0.75F}) {
         std::vector<float> expected(x.size());
         for (std::size_t i = 0; i < x.size(); ++i) {
             expected[i] = ::powf(x[i], exponent);
         }
-        test::for_each_level([&](SimdLevel level) {
-            std::vector<float> got(x.size());
-            raise_to_power(got.data(), x.data(), x.size(), exponent, level);
-            EXPECT_EQ(test::first_difference(got, expected), test::none) << "power " << exponent;
-        });
+        std::vector<float> got(x.size());
+        raise_to_power(got.data(), x.data(), x.size(), exponent, GetParam());
+        EXPECT_TRUE(sorvo::test::same_bits(got, expected)) << "power " << exponent;
     }
 }
 
-TEST(RaiseToPower, WorksInPlaceAndStopsAtTheEnd) {
+TEST_P(RaiseToPower, WorksInPlaceAndStopsAtTheEnd) {
     for (std::size_t n = 0; n < 100; ++n) {
         std::vector<float> x(n + 1, 2.0F);
         x[n] = 7.0F;
-        test::for_each_level([&](SimdLevel level) {
-            std::vector<float> data = x;
-            raise_to_power(data.data(), data.data(), n, 0.5F, level);
-            EXPECT_EQ(data[n], 7.0F);
-            EXPECT_TRUE(n == 0 || data[n - 1] == ::sqrtf(2.0F));
-        });
+        std::vector<float> data = x;
+        raise_to_power(data.data(), data.data(), n, 0.5F, GetParam());
+        EXPECT_EQ(data[n], 7.0F);
+        EXPECT_TRUE(n == 0 || data[n - 1] == ::sqrtf(2.0F));
     }
 }
 
+SORVO_TEST_AT_ALL_LEVELS(RaiseToPower);
+
 TEST(ElementwiseLoops, ComplexNormsOfAnyLengthEqualThePowerOfTheSum) {
-    const std::vector<float> z = test::noise(1400, 3.0F);
+    const std::vector<float> z = sorvo::test::noise(1400, 3.0F);
     for (const float power : {2.0F, 1.0F, 0.0F, 1.7F}) {
         for (const std::size_t n : {0U, 1U, 31U, 255U, 256U, 257U, 700U}) {
             std::vector<float> expected(n);
@@ -77,7 +78,7 @@ TEST(ElementwiseLoops, ComplexNormsOfAnyLengthEqualThePowerOfTheSum) {
             std::vector<float> src(z.begin(), z.begin() + static_cast<std::ptrdiff_t>(2 * n));
             std::vector<float> norms(n);
             complex_norm_1d(norms, src, power);
-            EXPECT_EQ(test::first_difference(norms, expected), test::none) << power << ", " << n;
+            EXPECT_TRUE(sorvo::test::same_bits(norms, expected)) << power << ", " << n;
             std::vector<float> interleaved = src;
             complex_norm_1d(interleaved, power);
             complex_norm_1d_core(src.data(), src.data(), static_cast<int>(n), power);
