@@ -21,6 +21,7 @@ target_compile_options(sorvo_numeric INTERFACE
     -ffp-contract=off
     -fno-math-errno
     -fno-trapping-math
+    "$<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-overriding-t-option>"  # the line above, after -fno-fast-math
     -fno-builtin-pow
     -fno-builtin-powf
     -fno-builtin-sinf
