@@ -11,6 +11,7 @@ import zipfile
 
 wheel = pathlib.Path(sys.argv[1])
 OBJECTS = {"libc.so.6", "libm.so.6", "libgcc_s.so.1", "ld-linux-x86-64.so.2", "ld-linux-aarch64.so.1"}
+MACHINES = {"x86_64": 62, "aarch64": 183}  # e_machine of an ELF file
 CONTENTS = {"sorvo_audio/libsorvo_audio.so.0", "sorvo_audio/__init__.py", "sorvo_audio/__main__.py",
             "sorvo_audio/py.typed", "sorvo_audio/digest_calls.txt", "sorvo_audio/presets.json",
             "dist-info/LICENSE", "dist-info/METADATA", "dist-info/RECORD"}
@@ -35,9 +36,10 @@ def main():
             if field not in metadata:
                 problems.append(f"the metadata have no '{field}'")
         library = archive.extract("sorvo_audio/libsorvo_audio.so.0", folder)
+        machine = int.from_bytes(pathlib.Path(library).read_bytes()[18:20], "little")
         output = subprocess.check_output(["objdump", "-p", "-T", library], text=True)
 
-    if f"elf64-{platform[3].replace('_', '-').replace('aarch64', 'littleaarch64')}" not in output:
+    if machine != MACHINES[platform[3]]:
         problems.append(f"the library is not one for {platform[3]}")
     needed = set(re.findall(r"NEEDED +(\S+)", output))
     problems += [f"needs {name}" for name in needed - OBJECTS]
