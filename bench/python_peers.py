@@ -61,6 +61,8 @@ class Rows:
                                                  (2048, 512, 22050, 128, 2.0)):
             self.add(f"torchaudio/mel-{fft_n}-{hop_n}-{mel_n}", self.mel, fft_n, hop_n, rate, mel_n,
                      power)
+        for task in ("decibels", "log1p", "angle", "unit-numbers"):
+            self.add(f"torch/{task}", self.elementwise, task)
         filters = {"order2": scipy.signal.butter(2, 0.25), "order8": scipy.signal.butter(8, 0.25),
                    "fir32": (scipy.signal.firwin(32, 0.25), numpy.ones(1))}
         for name, (b, a) in filters.items():
@@ -120,6 +122,38 @@ class Rows:
         return {"ours": self.call("sorvoAudioGetMelSpectrogram", dst, x, len(x), rate, fft_n, hop_n,
                                   fft_n, 1, frame_n, 1, power, 0, 0.0, rate / 2.0, mel_n, 1, 0),
                 "torchaudio": lambda: transform(tensor)}, numpy.asarray
+
+    def elementwise(self, task):
+        """On 30 s of sound, or the complex numbers that its pairs of samples are."""
+        x = signal(16000) ** 2 if task in ("decibels", "log1p") else signal(16000)
+        n = len(x)
+        tensor = torch.from_numpy(x)
+        if task == "decibels":
+            dst = numpy.zeros_like(x)
+            transform = torchaudio.transforms.AmplitudeToDB("power", 80.0)
+            return {"ours": self.call("sorvoAudioConvertPowerToDB", dst, x, n, 80.0),
+                    "torch": lambda: transform(tensor)}, \
+                lambda output: output if output is dst else numpy.asarray(output) - output.max().item()
+        if task == "log1p":
+            dst = numpy.zeros_like(x)
+            return {"ours": self.call("sorvoAudioLog1p", dst, x, n),
+                    "torch": lambda: torch.log1p(tensor)}, numpy.asarray
+        z = torch.view_as_complex(tensor.view(-1, 2))
+        unit = task == "unit-numbers"
+        mag = numpy.zeros(n // 2, numpy.float32)
+        phase = numpy.zeros(n if unit else n // 2, numpy.float32)
+        ours = self.call("sorvoAudioMagPhase", mag, phase, x, n // 2000, 1000, int(unit), 1.0)
+
+        def theirs():
+            angle = torch.angle(z)
+            return z.abs(), torch.polar(torch.ones_like(angle), angle) if unit else angle
+
+        def comparable(output):
+            if output is mag:
+                return numpy.concatenate((mag, phase))
+            parts = (output[0], torch.view_as_real(output[1]).flatten() if unit else output[1])
+            return numpy.concatenate([part.numpy() for part in parts])
+        return {"ours": ours, "torch": theirs}, comparable
 
     def lfilter(self, b, a):
         x = signal(16000)

@@ -28,14 +28,21 @@ GOALS = [
     (r"mel/400-.*", "fftw", 1.5),
     (r"mel/1024-.*", "fftw", 1.1),
     (r"mel/2048-.*", "fftw", 1.25),
+    (r"log-mel/400-.*", "fftw", 1.0),
+    (r"log-mel/1024-.*", "fftw", 1.0),
+    (r"log-mel/2048-.*", "fftw", 1.15),
     (r"inverse/400-.*", "fftw", 1.0),
     (r"inverse/1024-.*", "fftw", 1.1),
     (r"resample/44\.1-16", "soxr", 3.3),
     (r"resample/(48-16|44\.1-48)", "soxr", 2.5),
     (r"resample/.*", "soxr", 1.4),
+    (r"functions/(decibels|log1p)", "libmvec", 0.7),
+    (r"functions/angle", "libmvec", 0.6),
+    (r"functions/unit-numbers", "libmvec", 0.3),
     (r"(filter|filtfilt|elementwise)/.*", "plain", None),
     (r"frame/.*", "plain", 1.0),
     (r"torchaudio/.*", "torchaudio", 10.0),
+    (r"torch/.*", "torch", 1.2),
     (r"scipy/lfilter-order2", "scipy", 8.0),
     (r"scipy/lfilter-order8", "scipy", 1.3),
     (r"scipy/lfilter-fir32", "scipy", 5.0),
@@ -97,8 +104,11 @@ def ours(times, level=None):
     return None
 
 
-def fastest(times, name):
-    candidates = [(t["ns"], v) for v, t in times.items() if family(v) == name]
+def fastest(times, name, level=None):
+    """Of a family, without the variants of higher levels than the given one."""
+    too_high = LEVELS[:LEVELS.index(level)] if level else ()
+    candidates = [(t["ns"], v) for v, t in times.items()
+                  if family(v) == name and v.partition(":")[2] not in too_high]
     return min(candidates, default=(None, None))
 
 
@@ -134,7 +144,8 @@ def ratio_rows(rows):
             goal = goal_of(row)[1]
             lines.append([
                 row.split("/")[1], ratio(best, ours(times)), goal or "",
-                *(ratio(best, ours(times, level)) for level in levels),
+                *(ratio(fastest(times, opponent, level)[0], ours(times, level))
+                  for level in levels),
                 *(ratio(fastest(times, name)[0], ours(times)) for name in others),
                 (variant or "").partition(":")[2]])
         if all(not line[-1] for line in lines):

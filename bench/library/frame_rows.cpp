@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "analysis_peers.h"
+#include "elementwise_peers.h"
 #include "mel/mfb_table.h"
 #include "plain.h"
 #include "rows.h"
@@ -93,6 +94,36 @@ Row analysis_row(const FrameParam& param) {
     return row;
 }
 
+/// Mel bands in decibels: what each variant of the mel row makes, converted in place.
+Row log_mel_row(const FrameParam& param) {
+    constexpr float top_db = 80.0F;
+    Row row = analysis_row(param);
+    row.tolerance =
+        1e-5;  // what differs in the last places differs in decibels of small numbers too
+    const int n = static_cast<int>(row.output_n);
+    const auto convert = elementwise_peers().back().decibels;
+    for (Variant& variant : row.variants) {
+        const auto make_bands = variant.run;
+        if (variant.name == "ours") {
+            variant.run = [=](float* dst) {
+                make_bands(dst);
+                sorvoAudioConvertPowerToDB(dst, dst, n, top_db);
+            };
+        } else if (variant.name == "plain") {
+            variant.run = [=](float* dst) {
+                make_bands(dst);
+                plain_decibels(dst, dst, n);
+            };
+        } else {
+            variant.run = [=](float* dst) {
+                make_bands(dst);
+                convert(dst, dst, n, top_db);
+            };
+        }
+    }
+    return row;
+}
+
 Row inverse_row(const FrameParam& param) {
     const std::vector<float> signal = make_signal(param.sample_rate, seconds);
     const int frame_n = count_frames(static_cast<int>(signal.size()), param);
@@ -164,6 +195,15 @@ Rows mel_rows() {
     for (const FrameParam& param : mel_params) {
         rows.push_back({"mel/" + size_name(param) + "-" + std::to_string(param.mel_n),
                         [param] { return analysis_row(param); }});
+    }
+    return rows;
+}
+
+Rows log_mel_rows() {
+    Rows rows;
+    for (const FrameParam& param : mel_params) {
+        rows.push_back({"log-mel/" + size_name(param) + "-" + std::to_string(param.mel_n),
+                        [param] { return log_mel_row(param); }});
     }
     return rows;
 }

@@ -196,8 +196,8 @@ int main(int argc, char** argv) {
     Collector collector;
     bool ok = true;
     for (const auto& rows :
-         {fft_rows(), spectrogram_rows(), mel_rows(), inverse_rows(), resample_rows(),
-          filter_rows(), elementwise_rows(), single_frame_rows(), growth_rows()}) {
+         {fft_rows(), spectrogram_rows(), mel_rows(), log_mel_rows(), inverse_rows(),
+          resample_rows(), filter_rows(), elementwise_rows(), single_frame_rows(), growth_rows()}) {
         for (const RowMaker& maker : rows) {
             if (!std::regex_search(maker.name, wanted)) continue;
             std::fprintf(list_only ? stdout : stderr, "%s\n", maker.name.c_str());

@@ -4,9 +4,11 @@
 #include <cmath>
 #include <cstddef>
 
+#include "elementwise/decibel.h"
 #include "fft/fft.h"
 #include "fft/fft_table.h"
 #include "filter/zi_coef.h"
+#include "math/called.h"
 #include "mel/mel_conversion.h"
 #include "mel/mfb_table.h"
 #include "resample/resample_filter_table.h"
@@ -204,6 +206,30 @@ void plain_complex_norm(float* dst, const float* src, int n, float power) {
         const float re = src[2 * i];
         const float im = src[2 * i + 1];
         dst[i] = ::powf(im * im + re * re, power * 0.5F);
+    }
+}
+
+void plain_decibels(float* dst, const float* src, int n) {
+    const float ref = std::max(1e-10F, *std::max_element(src, src + n));
+    for (std::ptrdiff_t i = 0; i < n; ++i) dst[i] = std::max(-80.0F, power_to_db(src[i], ref));
+}
+
+void plain_log1p(float* dst, const float* src, int n) {
+    call_log1pf(dst, src, static_cast<std::size_t>(n));
+}
+
+void plain_mag_phase(float* dst, const float* src, int n, bool unit) {
+    const auto count = static_cast<std::size_t>(n);
+    plain_complex_norm(dst, src, n, 1.0F);
+    float* const phase = dst + count;
+    if (!unit) {
+        call_atan2f(phase, src, count);
+        return;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        float angle = 0.0F;
+        call_atan2f(&angle, src + 2 * i, 1);
+        call_cexpf(phase + 2 * i, &angle, 1);
     }
 }
 

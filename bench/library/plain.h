@@ -32,6 +32,11 @@ void plain_filtfilt(float* dst, const float* src, int n, const std::vector<float
                     const std::vector<float>& a);
 
 void plain_complex_norm(float* dst, const float* src, int n, float power);
+/// At most 80 dB below the maximum.
+void plain_decibels(float* dst, const float* src, int n);
+void plain_log1p(float* dst, const float* src, int n);
+/// Magnitudes, then phases: angles or unit numbers.
+void plain_mag_phase(float* dst, const float* src, int n, bool unit);
 void plain_standardize(float* dst, const float* src, int n);
 
 }  // namespace sorvo::bench

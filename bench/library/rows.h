@@ -32,6 +32,7 @@ using Rows = std::vector<RowMaker>;
 Rows fft_rows();
 Rows spectrogram_rows();
 Rows mel_rows();
+Rows log_mel_rows();
 Rows inverse_rows();
 Rows resample_rows();
 Rows filter_rows();
