@@ -113,15 +113,18 @@ SORVO_INLINE FloatVec classic_atanf(FloatVec t) {
 SORVO_INLINE FloatVec classic_atan2f(FloatVec y, FloatVec x) {
     const FloatVec a = magnitude_of(x);
     const FloatVec b = magnitude_of(y);
-    const MaskVec left = (ints_of(x) < 0) & ((a != 0.0F) | (b == 0.0F));
-    const FloatVec ratio = b / a;
-    const FloatVec angle = classic_atanf(where(ratio == ratio, ratio));  // 0 / 0 counts as 0
-    const FloatVec result =
+    // Above or below 0 the ratio is large, and the side does not matter; at the origin it is 0.
+    const MaskVec middle = a == 0.0F;
+    const FloatVec numerator = middle ? where(b != 0.0F, 0x1p60F) : b;
+    const FloatVec angle = classic_atanf(numerator / (middle ? broadcast(1.0F) : a));
+    const MaskVec left = (ints_of(x) < 0) & (~middle | (b == 0.0F));
+    const FloatVec turned =
         where(left, 3.1415927410e+00F) - (angle - where(left, -8.7422776573e-08F));
+    const FloatVec result = with_sign_of(y, turned);
     const MaskVec special = ~((a < __builtin_inff()) & (b < __builtin_inff()));
-    return any(special) ? replaced(with_sign_of(y, result), special,
-                                   [y, x](int lane) { return ::atan2f(y[lane], x[lane]); })
-                        : with_sign_of(y, result);
+    return any(special)
+               ? replaced(result, special, [y, x](int lane) { return ::atan2f(y[lane], x[lane]); })
+               : result;
 }
 
 template <MathForm form>
