@@ -12,8 +12,9 @@ mkdir -p "$build/source" "$build/debs"
 
 # What is committed; dpkg builds in the source folder and writes beside it.
 git archive HEAD | tar --extract --directory "$build/source"
-(cd "$build/source" && DEB_BUILD_OPTIONS="parallel=$(nproc) noautodbgsym" dpkg-buildpackage --build=binary -us -uc) \
-    >"$build/log" 2>&1 || {
+# Debug information would be thrown away.
+(cd "$build/source" && DEB_CXXFLAGS_STRIP=-g DEB_BUILD_OPTIONS="parallel=$(nproc) noautodbgsym" \
+    dpkg-buildpackage --build=binary -us -uc) >"$build/log" 2>&1 || {
     tail -n 60 "$build/log" >&2
     exit 1
 }
