@@ -13,8 +13,10 @@ namespace {
 /// cost more than sharing the others saves.
 constexpr int max_advance = 15;
 
-/// A short schedule is walked several times to fill the last group; of a long one it is left small.
-constexpr std::size_t short_schedule_n = 32;
+/// A short schedule is walked several times to fill the last group, though the taps then take up to
+/// four times the memory. Of a longer one the last group is left small, for at most 5 % of the
+/// time.
+constexpr std::size_t short_schedule_n = 8;
 
 }  // namespace
 

@@ -1,0 +1,98 @@
+// What tables cost that stay until the process ends, against the sizes that docs/safety.md gives.
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <sorvo_audio.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <numeric>
+#include <vector>
+
+namespace {
+
+// Bytes in use, with what the allocator adds to each piece.
+std::atomic<long> bytes_in_use{0};
+
+long bytes_of(void* memory) {
+    return memory == nullptr
+               ? 0
+               : static_cast<long>(::malloc_usable_size(memory) + sizeof(std::size_t));
+}
+
+void release(void* memory) {
+    bytes_in_use -= bytes_of(memory);
+    std::free(memory);
+}
+
+}  // namespace
+
+void* operator new(std::size_t bytes) {
+    void* const memory = std::malloc(bytes);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    bytes_in_use += bytes_of(memory);
+    return memory;
+}
+void operator delete(void* memory) noexcept {
+    release(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    release(memory);
+}
+
+namespace sorvo::audio::test {
+namespace {
+
+constexpr int key_n = 10000;
+
+/// Makes the call with 10000 keys, each of which may leave so many bytes behind at its first use
+/// and none at its second.
+void expect_cost(const std::function<int(int key)>& call,
+                 const std::function<long(int key)>& most) {
+    for (int key = 0; key < key_n; ++key) {
+        const long before = bytes_in_use;
+        ASSERT_EQ(call(key), SORVO_AUDIO_OK) << key;
+        const long after = bytes_in_use;
+        ASSERT_LE(after - before, most(key)) << key;
+        ASSERT_GT(after, before) << key << " needed no table";
+        ASSERT_EQ(call(key), SORVO_AUDIO_OK) << key;
+        ASSERT_EQ(bytes_in_use, after) << key;
+    }
+}
+
+TEST(TableMemory, OfWindows) {
+    std::vector<float> out(key_n);
+    for (const int type : {SORVO_AUDIO_WINDOW_HANN, SORVO_AUDIO_WINDOW_HAMMING}) {
+        expect_cost([&](int key) { return sorvoAudioGetWindow(out.data(), 1 + key, type); },
+                    [](int key) { return 4L * (1 + key) + 150; });
+    }
+}
+
+TEST(TableMemory, OfFilterBanks) {
+    std::vector<float> out(300 * 100);
+    const auto mel_n = [](int key) { return 1 + key % 80; };
+    const auto freq_n = [](int key) { return 81 + key % 200; };
+    expect_cost(
+        [&](int key) {
+            return sorvoAudioGetFBMatrix(out.data(), freq_n(key), 0.0F, 8000.0F, mel_n(key),
+                                         16000 + key, 0, 0);
+        },
+        [&](int key) { return (4L * freq_n(key) + 70) * mel_n(key) + 250; });
+}
+
+TEST(TableMemory, OfResamplingFilters) {
+    std::vector<float> out(10);
+    const auto up = [](int key) { return 1 + key % 20; };
+    expect_cost(
+        [&](int key) {
+            const int down = up(key) * (key / 20) + 1;  // coprime, and another for each key
+            return sorvoAudioResample(out.data(), out.data(), up(key), 5, down, 5);
+        },
+        [&](int key) { return (up(key) < 8 ? 4200L : 1500L) * up(key) + 500; });
+}
+
+}  // namespace
+}  // namespace sorvo::audio::test
