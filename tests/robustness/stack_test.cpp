@@ -95,7 +95,7 @@ void expect_on_small_stack(int status, const std::string& name,
         << name;
 }
 
-TEST(SmallStack, DISABLED_SufficesForTransforms) {
+TEST(SmallStack, SufficesForTransforms) {
     for (const SampleCall& call : sample_calls()) {
         if (is_transform(call)) {
             expect_on_small_stack(call);
