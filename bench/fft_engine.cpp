@@ -99,10 +99,9 @@ void compare(unsigned n) {
                                        reinterpret_cast<kiss_fft_cpx*>(out.get()));
                           }});
     constexpr std::size_t peer_n = 3;
-    const char* const level_names[] = {"baseline", "avx2", "avx512"};
     for (int level = static_cast<int>(simd_level()); level >= 0; --level) {
         const std::shared_ptr<fft::FFTImpl> engine = make_plan(n, static_cast<SimdLevel>(level));
-        contenders.push_back({level_names[level], [&in, &out, engine] {
+        contenders.push_back({simd_level_name(static_cast<SimdLevel>(level)), [&in, &out, engine] {
                                   engine->exec(reinterpret_cast<std::complex<float>*>(in.get()),
                                                reinterpret_cast<std::complex<float>*>(out.get()));
                               }});

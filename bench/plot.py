@@ -16,7 +16,7 @@ import report
 
 GROUPS = ("fft", "spectrogram", "mel", "inverse", "resample", "torchaudio", "scipy")
 COLORS = {"fftw": "#4878a8", "soxr": "#5f9e6e", "torchaudio": "#b55d60", "scipy": "#857aab"}
-LEVEL_MARKS = {"avx2": "|", "baseline": "."}
+LEVEL_MARKS = {"avx2": "|", "sse2": "."}
 
 
 def main():
@@ -25,7 +25,7 @@ def main():
     bars = []
     for row, times in result["rows"].items():
         if row.split("/")[0] in GROUPS:
-            opponent = report.goal_of(row)[0]
+            opponent = report.opponent_of(row)
             bars.append((row, opponent, report.fastest(times, opponent)[0], times))
 
     matplotlib.rcParams.update({"svg.hashsalt": "ratios", "svg.fonttype": "none", "font.size": 8})

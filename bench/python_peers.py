@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Times the library beside the Python packages that do the same, one thread each.
 
-    python_peers.py LIBRARY.so OUT.json [--rows REGEX] [--repetitions N]
+    python_peers.py LIBRARY.so OUT.json [--rows REGEX] [--repetitions N] [--sample-ms N]
 
 The library is called through ctypes on prepared arrays. Variants of a row take turns in random
 order; the medians of their CPU times go to a file of the form that Google Benchmark writes.
@@ -31,7 +31,6 @@ torch.set_num_threads(1)
 torch.set_grad_enabled(False)
 
 SECONDS = 30
-SAMPLE_NS = 30_000_000  # CPU time of one repetition, at least
 
 
 def pointer(array):
@@ -214,12 +213,12 @@ def cpu_time(run, count):
     return (time.process_time_ns() - start) / count
 
 
-def measure(variants, repetitions):
-    """CPU times per call in nanoseconds, by variant."""
+def measure(variants, repetitions, sample_ns):
+    """CPU times per call in nanoseconds, by variant; a repetition takes sample_ns or one call."""
     counts = {}
     for name, run in variants.items():
         run()
-        counts[name] = max(1, round(SAMPLE_NS / max(cpu_time(run, 3), 1.0)))
+        counts[name] = max(1, round(sample_ns / max(cpu_time(run, 3), 1.0)))
     times = {name: [] for name in variants}
     for _ in range(repetitions):
         for name in random.sample(list(variants), len(variants)):
@@ -240,6 +239,7 @@ def main():
     parser.add_argument("out")
     parser.add_argument("--rows", default="")
     parser.add_argument("--repetitions", type=int, default=15)
+    parser.add_argument("--sample-ms", type=float, default=30.0, help="CPU time of a repetition")
     options = parser.parse_args()
 
     random.seed(1)
@@ -254,7 +254,8 @@ def main():
         for name, run in variants.items():
             if not difference(comparable(run()), reference) < 1e-4:
                 sys.exit(f"{row}: {name} differs by {difference(comparable(run()), reference):.2g}")
-        for name, times in measure(variants, options.repetitions).items():
+        measured = measure(variants, options.repetitions, 1e6 * options.sample_ms)
+        for name, times in measured.items():
             benchmarks += aggregates(f"{row}/{name}", times)
     versions = (f"python {platform.python_version()}, numpy {numpy.__version__}, "
                 f"scipy {scipy.__version__}, torch {torch.__version__}, "

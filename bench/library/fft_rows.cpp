@@ -1,11 +1,12 @@
 #include <algorithm>
 #include <memory>
 
+#include "fft/fft.h"
+#include "fft/fft_table.h"
+#include "fft/one_fft.h"
 #include "fft_peers.h"
-#include "plain.h"
 #include "rows.h"
 #include "signals.h"
-#include "sorvo_audio.h"
 
 namespace sorvo::bench {
 namespace {
@@ -16,11 +17,18 @@ Row fft_row(int n) {
     const std::vector<float> signal = make_signal(16000, 1.0);
     std::copy_n(signal.begin(), size, src.get());
 
-    Row row{2 * size, 1e-6, {}};
-    row.variants.push_back({"ours", [=](float* dst) { sorvoAudioFFT(dst, src.get(), n); }});
-    row.variants.push_back({"plain", [=](float* dst) { plain_fft(dst, src.get(), n); }});
+    Row row{2 * size, 1e-6, {}, {}};
+    row.ours = [=](float* dst, audio::SimdLevel level) {
+        audio::real_fft(dst, src.get(), n, level);
+    };
+    row.others.push_back({"plain", [=](float* dst) {
+                              std::vector<float> data(2 * size);
+                              audio::fft_pre_process(data, src.get(), n);
+                              audio::fft(data, n, audio::FftTable::instance().ref_table(n));
+                              std::copy(data.begin(), data.end(), dst);
+                          }});
     for (std::shared_ptr<FullSpectrum> peer : full_spectrum_peers(n)) {
-        row.variants.push_back({peer->name(), [=](float* dst) { peer->run(dst, src.get()); }});
+        row.others.push_back({peer->name(), [=](float* dst) { peer->run(dst, src.get()); }});
     }
     return row;
 }

@@ -78,11 +78,11 @@ Row growth_row(const GrowthTask& task) {
     static_assert(resampled_rate <= 3 * sample_rate);
     const auto src =
         std::make_shared<const std::vector<float>>(make_signal(sample_rate, 3.0 * longest));
-    Row row{src->size(), 0.0, {}};
+    Row row{src->size(), 0.0, {}, {}};
     for (const int length : lengths) {
-        row.variants.push_back({std::to_string(length) + "s", [=](float* dst) {
-                                    task.run(dst, src->data(), length * task.src_rate);
-                                }});
+        row.others.push_back({std::to_string(length) + "s", [=](float* dst) {
+                                  task.run(dst, src->data(), length * task.src_rate);
+                              }});
     }
     return row;
 }

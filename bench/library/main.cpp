@@ -16,43 +16,12 @@
 #include "signals.h"
 #include "simd/level.h"
 
+using sorvo::audio::simd_level_name;
 using sorvo::audio::SimdLevel;
 
 namespace {
 
-SimdLevel forced_level = SimdLevel::sse2;
-
-}  // namespace
-
-// The linker directs the library's calls of simd_level() here.
-SimdLevel level_for_kernels() asm("__wrap__ZN5sorvo5audio10simd_levelEv");
-SimdLevel level_for_kernels() {
-    return forced_level;
-}
-
-namespace {
-
 using namespace sorvo::bench;
-
-const char* level_name(SimdLevel level) {
-    switch (level) {
-        case SimdLevel::avx512:
-            return "avx512";
-        case SimdLevel::avx2:
-            return "avx2";
-        case SimdLevel::sse2:
-            break;
-    }
-    return "baseline";
-}
-
-SimdLevel highest_level() {
-    SimdLevel highest = SimdLevel::sse2;
-    for (const SimdLevel level : sorvo::audio::all_simd_levels()) {
-        if (sorvo::audio::is_supported(level)) highest = level;
-    }
-    return highest;
-}
 
 /// Keeps all results of many short runs, to be written as one file.
 class Collector : public benchmark::BenchmarkReporter {
@@ -89,12 +58,26 @@ double relative_difference(const float* a, const float* reference, std::size_t n
     return std::sqrt(difference / energy);
 }
 
+/// All variants of a row, those of the library first, the highest level before the others.
+std::vector<Variant> all_variants(const Row& row) {
+    std::vector<Variant> variants;
+    for (const SimdLevel level : sorvo::audio::all_simd_levels()) {
+        if (row.ours && sorvo::audio::is_supported(level)) {
+            variants.insert(variants.begin(),
+                            {std::string("ours:") + simd_level_name(level),
+                             [&row, level](float* dst) { row.ours(dst, level); }});
+        }
+    }
+    variants.insert(variants.end(), row.others.begin(), row.others.end());
+    return variants;
+}
+
 /// Every variant does the same task, or the figures mean nothing.
-bool outputs_agree(const Row& row, float* dst) {
+bool outputs_agree(const Row& row, const std::vector<Variant>& variants, float* dst) {
     if (row.tolerance == 0.0) return true;
     std::vector<float> reference;
     bool agree = true;
-    for (const Variant& variant : row.variants) {
+    for (const Variant& variant : variants) {
         std::fill(dst, dst + row.output_n, NAN);
         variant.run(dst);
         if (reference.empty()) {
@@ -109,35 +92,22 @@ bool outputs_agree(const Row& row, float* dst) {
     return agree;
 }
 
-void register_variant(const std::string& name, SimdLevel level, const Variant& variant,
-                      float* dst) {
-    benchmark::RegisterBenchmark(name.c_str(), [level, &variant, dst](benchmark::State& state) {
-        forced_level = level;
-        variant.run(dst);  // tables are built, caches warm
-        for (auto _ : state) {
-            variant.run(dst);
-            benchmark::ClobberMemory();
-        }
-    });
-}
-
 bool run_row(const RowMaker& maker, Collector& collector) {
-    forced_level = highest_level();
     const Row row = maker.make();
-    const AlignedFloats dst = aligned_floats(row.output_n);
-    if (!outputs_agree(row, dst.get())) return false;
+    const AlignedFloats output = aligned_floats(row.output_n);
+    float* const dst = output.get();
+    const std::vector<Variant> variants = all_variants(row);
+    if (!outputs_agree(row, variants, dst)) return false;
 
-    for (const Variant& variant : row.variants) {
+    for (const Variant& variant : variants) {
         const std::string name = maker.name + "/" + variant.name;
-        if (variant.name == "ours") {
-            for (const SimdLevel level : sorvo::audio::all_simd_levels()) {
-                if (sorvo::audio::is_supported(level)) {
-                    register_variant(name + ":" + level_name(level), level, variant, dst.get());
-                }
+        benchmark::RegisterBenchmark(name.c_str(), [&variant, dst](benchmark::State& state) {
+            variant.run(dst);  // tables are built, caches warm
+            for (auto _ : state) {
+                variant.run(dst);
+                benchmark::ClobberMemory();
             }
-        } else {
-            register_variant(name, highest_level(), variant, dst.get());
-        }
+        });
     }
     benchmark::RunSpecifiedBenchmarks(&collector, "all");
     benchmark::ClearRegisteredBenchmarks();
@@ -189,7 +159,7 @@ int main(int argc, char** argv) {
     const bool list_only = !take_option(argc, argv, "--list", "").empty();
     if (!initialise_benchmark(argc, argv)) return 2;
     benchmark::AddCustomContext("processor", processor_name());
-    benchmark::AddCustomContext("level", level_name(highest_level()));
+    benchmark::AddCustomContext("level", simd_level_name(sorvo::audio::simd_level()));
     benchmark::AddCustomContext("compiler", SORVO_BENCH_COMPILER);
     benchmark::AddCustomContext("peers", SORVO_BENCH_VERSIONS);
 
@@ -197,7 +167,7 @@ int main(int argc, char** argv) {
     bool ok = true;
     for (const auto& rows :
          {fft_rows(), spectrogram_rows(), mel_rows(), log_mel_rows(), inverse_rows(),
-          resample_rows(), filter_rows(), elementwise_rows(), single_frame_rows(), growth_rows()}) {
+          resample_rows(), filter_rows(), elementwise_rows(), growth_rows()}) {
         for (const RowMaker& maker : rows) {
             if (!std::regex_search(maker.name, wanted)) continue;
             std::fprintf(list_only ? stdout : stderr, "%s\n", maker.name.c_str());

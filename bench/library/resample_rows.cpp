@@ -1,10 +1,9 @@
 #include <memory>
 
-#include "plain.h"
+#include "resample/resampler.h"
 #include "resample_peers.h"
 #include "rows.h"
 #include "signals.h"
-#include "sorvo_audio.h"
 
 namespace sorvo::bench {
 namespace {
@@ -12,21 +11,20 @@ namespace {
 Row resample_row(int src_rate, int dst_rate) {
     const auto src = std::make_shared<const std::vector<float>>(make_signal(src_rate, 30.0));
     const int src_n = static_cast<int>(src->size());
-    int dst_n = 0;
-    sorvoAudioGetResampleLen(&dst_n, dst_rate, src_n, src_rate);
+    const int dst_n = audio::get_resample_len(dst_rate, src_n, src_rate);
 
     // Converters differ in what they do to the noise above the band and to the ends: a stream keeps
     // the last milliseconds back.
-    Row row{static_cast<std::size_t>(dst_n), 0.05, {}};
-    row.variants.push_back({"ours", [=](float* dst) {
-                                sorvoAudioResample(dst, src->data(), dst_rate, dst_n, src_rate,
-                                                   src_n);
-                            }});
-    row.variants.push_back({"plain", [=](float* dst) {
-                                plain_resample(dst, src->data(), dst_rate, dst_n, src_rate, src_n);
-                            }});
+    Row row{static_cast<std::size_t>(dst_n), 0.05, {}, {}};
+    row.ours = [=](float* dst, audio::SimdLevel level) {
+        audio::resample(dst, src->data(), dst_rate, dst_n, src_rate, src_n, level);
+    };
+    row.others.push_back({"plain", [=](float* dst) {
+                              audio::resample_plain(dst, src->data(), dst_rate, dst_n, src_rate,
+                                                    src_n);
+                          }});
     for (const auto& peer : resample_peers(dst_rate, src_rate)) {
-        row.variants.push_back(
+        row.others.push_back(
             {peer->name(), [=](float* dst) { peer->run(dst, dst_n, src->data(), src_n); }});
     }
     return row;

@@ -10,18 +10,18 @@
 namespace sorvo::audio {
 
 void magphase_1d_core(float* mag, float* phase, const float* src, std::size_t n, float power,
-                      bool complexPhase) {
+                      bool complexPhase, SimdLevel level) {
     // All of a tile is read before any of it is written: the arrays may be one.
     constexpr std::size_t tile_n = 256;
     std::array<float, tile_n> norms;
     std::array<float, tile_n> angles;
     for (std::size_t first = 0; first < n; first += tile_n) {
         const std::size_t count = std::min(tile_n, n - first);
-        complex_norm_1d_core(norms.data(), src + 2 * first, static_cast<int>(count), power);
-        take_angles(angles.data(), src + 2 * first, count);
+        complex_norm_1d_core(norms.data(), src + 2 * first, static_cast<int>(count), power, level);
+        take_angles(angles.data(), src + 2 * first, count, level);
         std::copy_n(norms.data(), count, mag + first);
         if (complexPhase) {
-            take_unit_numbers(phase + 2 * first, angles.data(), count);
+            take_unit_numbers(phase + 2 * first, angles.data(), count, level);
         } else {
             std::copy_n(angles.data(), count, phase + first);
         }
