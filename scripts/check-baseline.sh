@@ -23,7 +23,7 @@ if on_baseline "$work/avx" 2>/dev/null; then
     exit 1
 fi
 
-longest='*.MatchesTheDefinition*:*FastFilters*:*RaiseToPower.EqualsTheLibraryFunction*:*SpectrogramAt.*OddShapes*'
+longest='*.MatchesTheDefinition*:*FilterLevels*:*RaiseToPower.EqualsTheLibraryFunction*:*SpectrogramAt.*OddShapes*'
 longest="$longest:*OneTransform.*EveryLength*:*OneTransform.*Threads*"
 for test in util/util api/api elementwise/elementwise fft/fft stft/stft mel/mel filter/filter \
     resample/resample robustness/robustness_threads; do

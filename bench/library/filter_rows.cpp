@@ -1,13 +1,14 @@
 #include <algorithm>
 #include <memory>
 
+#include "filter/difference_equation.h"
 #include "filter/filtfilt.h"
 #include "filter/linerfilter.h"
 #include "filter/zi_coef.h"
 #include "rows.h"
 #include "signals.h"
 #include "sorvo_audio.h"
-#include "stft/framing.h"
+#include "util/edge_extension.h"
 
 namespace sorvo::bench {
 namespace {
@@ -36,8 +37,8 @@ Row filter_row(const Filter& filter) {
     row.others.push_back({"plain", [task](float* dst) {
                               const audio::FilterCoefficients coef = task->coefficients();
                               std::vector<float> state(coef.b.size() - 1);
-                              audio::run_filter_plain(dst, task->x.data(), coef, state.data(),
-                                                      task->x.size(), false);
+                              audio::run_difference_equation(dst, task->x.data(), coef,
+                                                             state.data(), task->x.size(), false);
                           }});
     return row;
 }
@@ -63,9 +64,9 @@ void filtfilt_plainly(float* dst, const FilterTask& task) {
     };
     std::vector<double> y(x.size());
     std::vector<double> state = steady_state(static_cast<double>(x.front()));
-    audio::run_filter_plain(y.data(), x.data(), coef, state.data(), y.size(), false);
+    audio::run_difference_equation(y.data(), x.data(), coef, state.data(), y.size(), false);
     state = steady_state(y.back());
-    audio::run_filter_plain(y.data(), y.data(), coef, state.data(), y.size(), true);
+    audio::run_difference_equation(y.data(), y.data(), coef, state.data(), y.size(), true);
     std::transform(y.begin() + pad_n, y.end() - pad_n, dst,
                    [](double value) { return static_cast<float>(value); });
 }

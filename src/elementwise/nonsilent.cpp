@@ -8,6 +8,7 @@
 
 #include "math/functions.h"
 #include "stft/framing.h"
+#include "util/edge_extension.h"
 #include "util/exceptions.h"
 #include "util/float_to_int.h"
 #include "util/zeros.h"

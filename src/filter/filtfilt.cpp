@@ -12,7 +12,7 @@
 #include "filter/linerfilter.h"
 #include "filter/settling.h"
 #include "filter/zi_coef.h"
-#include "stft/framing.h"
+#include "util/edge_extension.h"
 #include "util/exceptions.h"
 #include "util/zeros.h"
 

@@ -29,13 +29,4 @@ template <class Out, class In, class State>
 void run_filter(Out* dst, const In* src, const FilterCoefficients& coef, State* z, std::size_t n,
                 bool reverse, SimdLevel level = simd_level());
 
-/// The same, sample by sample: the definition.
-template <class Out, class In, class State>
-void run_filter_plain(Out* dst, const In* src, const FilterCoefficients& coef, State* z,
-                      std::size_t n, bool reverse);
-
-/// What one sample and its output make of the state (of at least one value).
-template <class State>
-void update_state(const FilterCoefficients& coef, State* z, double x, double y);
-
 }  // namespace sorvo::audio

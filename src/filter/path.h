@@ -17,6 +17,10 @@ struct Path {
     T* range(std::size_t position, std::size_t count) const {
         return data + (reverse ? n - (position - origin) - count : position - origin);
     }
+
+    Path part(std::size_t position, std::size_t count) const {
+        return {range(position, count), count, reverse};
+    }
 };
 
 }  // namespace sorvo::audio

@@ -8,6 +8,7 @@
 #include "stft/framing.h"
 #include "stft/stft_core.h"
 #include "stft/window_table.h"
+#include "util/edge_extension.h"
 #include "util/overflow_guard.h"
 #include "util/round_up.h"
 
