@@ -87,7 +87,7 @@ void resample_lanes(float* dst, const float* src, std::size_t dst_n, std::size_t
     block.next_result_stride = lane_dst_n;
 
     const std::size_t wanted_n = std::min(lane_dst_n, dst_n);
-    std::size_t position = 0;       // of the first row in each lane's stretch
+    std::size_t position = 0;       // of the first row in each lane's chunk
     std::size_t suspect_until = 0;  // rows before this position may hold what is not finite
     for (std::size_t done = 0; done < wanted_n;) {
         const Plan plan = plan_block(table, block.first_group, wanted_n - done);

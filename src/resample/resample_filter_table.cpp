@@ -25,7 +25,10 @@ void require_memory(std::uint64_t up) {
     constexpr std::uint64_t phase_bytes =
         sizeof(std::vector<double>) + 2 * sizeof(int) + sizeof(TapGroups::Group) +
         std::size_t{2} * ResampleFilterTable::tap_n * sizeof(double);
-    ::operator delete(::operator new(up* phase_bytes));
+    if (up > std::numeric_limits<std::size_t>::max() / phase_bytes) {
+        throw std::bad_alloc();
+    }
+    ::operator delete(::operator new(static_cast<std::size_t>(up * phase_bytes)));
 }
 
 /// Windowed sinc of cut-off fc (a fraction of the source's Nyquist frequency) at distance t, in

@@ -47,25 +47,26 @@ SORVO_INLINE void prefetch_line(const LaneBlock& block, std::size_t i) {
     }
 }
 
-/// Sums of successive outputs for two packs of lanes at a time. Four outputs make eight independent
-/// chains of additions: enough to keep the adders busy, and few enough for the registers.
+/// Sums of successive outputs for two vectors of lanes at a time. Four outputs make eight
+/// independent chains of additions: enough to keep the adders busy, and few enough for the
+/// registers.
 template <std::size_t output_n>
 SORVO_INLINE void sums(FloatRow* dst, const DoubleRow* rows, const double* taps,
                        std::size_t tap_stride, std::size_t row_n) {
-    constexpr std::size_t pack_n = 2;
-    for (std::size_t first = 0; first < resample_lane_n; first += pack_n * double_lane_n) {
-        DoubleVec sum[output_n][pack_n] = {};
+    constexpr std::size_t vector_n = 2;
+    for (std::size_t first = 0; first < resample_lane_n; first += vector_n * double_lane_n) {
+        DoubleVec sum[output_n][vector_n] = {};
         for (std::size_t row = 0; row < row_n; ++row) {
-            for (std::size_t p = 0; p < pack_n; ++p) {
-                const DoubleVec x = load_wide(rows[row].lane + first + p * double_lane_n);
+            for (std::size_t v = 0; v < vector_n; ++v) {
+                const DoubleVec x = load_wide(rows[row].lane + first + v * double_lane_n);
                 for (std::size_t o = 0; o < output_n; ++o) {
-                    sum[o][p] += x * taps[row * tap_stride + o];
+                    sum[o][v] += x * taps[row * tap_stride + o];
                 }
             }
         }
         for (std::size_t o = 0; o < output_n; ++o) {
-            for (std::size_t p = 0; p < pack_n; ++p) {
-                store_rounded(dst[o].lane + first + p * double_lane_n, sum[o][p]);
+            for (std::size_t v = 0; v < vector_n; ++v) {
+                store_rounded(dst[o].lane + first + v * double_lane_n, sum[o][v]);
             }
         }
     }

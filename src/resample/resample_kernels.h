@@ -1,4 +1,4 @@
-// The inner loops of the resampler: many outputs at once, one per lane. Lanes are stretches of the
+// The inner loops of the resampler: many outputs at once, one per lane. Lanes are chunks of the
 // signal that stand at the same slot of the schedule, so that all of them need the same taps.
 #pragma once
 

@@ -34,10 +34,11 @@ double interpolate(const float* x, const std::vector<double>& taps) {
     return sum;
 }
 
-/// How many outputs lie before the last input sample.
-std::size_t reachable_n(std::int64_t up, std::int64_t down, std::int64_t src_n) {
+/// How many of dst_n outputs lie before the last input sample.
+std::size_t reachable_n(std::int64_t up, std::int64_t down, std::int64_t dst_n,
+                        std::int64_t src_n) {
     const std::int64_t end = (src_n - 1) * up - (up - 1) / 2;
-    return end > 0 ? static_cast<std::size_t>((end - 1) / down + 1) : 0;
+    return end > 0 ? static_cast<std::size_t>(std::min((end - 1) / down + 1, dst_n)) : 0;
 }
 
 }  // namespace
@@ -76,8 +77,7 @@ void resample(float* dst, const float* src, int dst_sample_rate, int dst_n, int 
         ResampleFilterTable::instance().ref_groups(dst_sample_rate, src_sample_rate);
     const int divisor = std::gcd(dst_sample_rate, src_sample_rate);
     const std::size_t n =
-        std::min(static_cast<std::size_t>(dst_n),
-                 reachable_n(dst_sample_rate / divisor, src_sample_rate / divisor, src_n));
+        reachable_n(dst_sample_rate / divisor, src_sample_rate / divisor, dst_n, src_n);
     if (n < std::max(2 * table.output_n, min_lane_output_n)) {
         resample_plain(dst, src, dst_sample_rate, dst_n, src_sample_rate, src_n);
         return;
