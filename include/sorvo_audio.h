@@ -37,7 +37,8 @@
  *
  * Results do not depend on the processor. Those that pass through log10f, log1pf or atan2f (decibels,
  * HTK mel banks, log1p, phases) depend on the C library, as glibc rounds these correctly from 2.41 on
- * and did not before.
+ * and did not before; unless the library was built with SORVO_AUDIO_MATH=own, which computes them
+ * itself.
  *
  * There is nothing to initialise. Any number of threads may call any function at once. Tables
  * (twiddle factors, windows, filter banks, resampling filters) are computed on first use, shared by
