@@ -20,7 +20,7 @@ _BURST_LEVELS = np.array([1, 2**-5, 2**-12, 0], np.float32)
 def digest() -> dict[str, str]:
     """Makes a fixed set of calls of every function and sums up each function's results in 16 digits.
 
-    Equal digits mean equal bits, where any NaN equals any other. The key ``"all"`` has one digest over the
+    digest() -> digits[function]. Equal digits mean equal bits, where any NaN equals any other. The key ``"all"`` has one digest over the
     others. ``sorvo-audio digest`` prints the same; ``docs/digests.txt`` says what they should be.
     """
     sums: dict[str, _Sum] = {}

@@ -397,7 +397,7 @@ PlannedCall plan_magphase(ArgumentSource& source) {
             return sorvoAudioMagPhase(floats(b[0]), floats(b[1]), floats(b[2]), freq_n, frame_n,
                                       form, power);
         },
-        150.0 * size, 20.0 * frame_n);
+        150.0 * size, 0.0);
 }
 
 PlannedCall plan_elementwise(ArgumentSource& source, int which) {

@@ -83,7 +83,7 @@ TEST(TableMemory, OfWindows) {
     std::vector<float> out(key_n);
     for (const int type : {SORVO_AUDIO_WINDOW_HANN, SORVO_AUDIO_WINDOW_HAMMING}) {
         expect_cost([&](int key) { return sorvoAudioGetWindow(out.data(), 1 + key, type); },
-                    [](int key) { return 4L * (1 + key) + 150; });
+                    [](int key) { return 4L * (1 + key) + 200; });
     }
 }
 
