@@ -72,12 +72,12 @@ int run(int argc, char** argv) {
     root.require_subcommand(1);
     root.get_formatter()->column_width(34);
     std::vector<Command> commands;
-    for (const auto add :
-         {sorvo_tool::add_info_command, sorvo_tool::add_stft_command, sorvo_tool::add_istft_command,
-          sorvo_tool::add_mel_command, sorvo_tool::add_resample_command,
-          sorvo_tool::add_filter_command, sorvo_tool::add_filtfilt_command,
-          sorvo_tool::add_trim_command, sorvo_tool::add_presets_command,
-          sorvo_tool::add_explain_command, sorvo_tool::add_digest_command})
+    for (const auto add : {sorvo_tool::add_info_command, sorvo_tool::add_stft_command,
+                           sorvo_tool::add_istft_command, sorvo_tool::add_mel_command,
+                           sorvo_tool::add_mfcc_command, sorvo_tool::add_resample_command,
+                           sorvo_tool::add_filter_command, sorvo_tool::add_filtfilt_command,
+                           sorvo_tool::add_trim_command, sorvo_tool::add_presets_command,
+                           sorvo_tool::add_explain_command, sorvo_tool::add_digest_command})
         commands.push_back(add(root));
     sorvo_tool::add_examples(
         root, {"info speech.wav", "mel speech.wav -o speech.npy --picture speech.png --db",

@@ -1,5 +1,6 @@
 """How sorvo-audio behaves: help, errors and exit codes, batches, files that are kept or replaced."""
 import contextlib
+import dataclasses
 import glob
 import json
 import os
@@ -16,9 +17,9 @@ import zlib
 
 import numpy as np
 import scipy.signal
-from support import SOURCE, TOOL, ToolTest, read_wav, sine, write_wav
+from support import SOURCE, TOOL, ToolTest, read_png, read_wav, sine, write_wav
 
-COMMANDS = "info stft istft mel resample filter filtfilt trim presets explain digest".split()
+COMMANDS = "info stft istft mel mfcc resample filter filtfilt trim presets explain digest".split()
 
 
 def read_text(path):
@@ -100,6 +101,9 @@ class Errors(CommandLineTest):
             (2, "mel speech.wav -o x.npy --fmin 9000", "--fmin: 9000 .*--fmax 8000"),
             (2, "mel speech.wav -o x.npy --power 0 --db", "--power"),
             (2, "mel speech.wav -o x.npy --preset nobody", "--preset"),
+            (2, "mel speech.wav -o x.png --raw --width 400", "--width"),
+            (2, "stft speech.wav -o x.png --height 100", "--height: .*at least 200"),
+            (2, "mfcc speech.wav -o x.npy --n-mfcc 81", "--n-mfcc: 81 .*80"),
             (2, "mel speech.wav -o x.npy --force --skip-existing", "--force.*--skip-existing"),
             (2, "mel speech.wav short.wav -o x.npy", r"x\.npy: .*2 inputs.*folder"),
             (2, "mel speech.wav ./speech.wav -o x/", "speech.wav and of ./speech.wav"),
@@ -116,7 +120,12 @@ class Errors(CommandLineTest):
             (1, "mel none.wav -o x.npy", "mel: none.wav: .*no such file"),
             (1, "mel empty.wav -o x.npy", "empty.wav: "),
             (1, "mel noise.wav -o x.npy", "noise.wav: cannot be read as sound"),
-            (1, "mel short.wav -o x.npy", r"short.wav: .*160 samples .*512, --n-fft"),
+            (2, "mel speech.wav -o x.npy --preset hifigan --power 2", "--power: .*hifigan .*--power 1"),
+            (2, "mel speech.wav -o x.npy --preset whisper --db --linear", "--db: .*--linear"),
+            (1, "mel short.wav -o x.npy", r"short.wav: .*160 samples .*need 512.*--n-fft"),
+            (1, "mel short.wav -o x.npy --preset whisper", "short.wav: .*160 samples .*need 400.*--pad-to-seconds"),
+            (1, "mel short.wav -o x.npy --preset hifigan", "short.wav: .*221 samples .*need 385"),
+            (1, "mel speech.wav -o x.npy --pad-to-seconds 3", "speech.wav: .*71407 .*48000 .*--pad-to-seconds 3"),
             (1, "filtfilt short.wav -o x.wav --b 1 --pad-len 160", "short.wav: .*--pad-len"),
             (1, "trim short.wav -o x.wav", "short.wav: .*--frame-length"),
             (1, "filter speech.wav -o x.wav --b 1 --a 1,-2", "infinite"),
@@ -316,25 +325,54 @@ class Words(CommandLineTest):
             pixels = zlib.decompressobj().decompress(file.read().split(b"IDAT")[1])
         self.assertLess(max(pixels), 5)  # the darkest colour is (0, 0, 4)
 
+    def test_pictures_have_the_size_colours_and_frequencies_asked_for(self):
+        write_wav("tone.wav", sine(1000, 0.2))
+        options = "--n-fft 512 --power 2 --colormap gray --width 360 --height 300".split()
+        for scale, share in (("", (32 + 0.5) / 257), ("--log-frequency", np.log(32) / np.log(256))):
+            self.run_tool("stft", "tone.wav", "-o", "x.png", "--force", *options, *scale.split())
+            picture = read_png("x.png")
+            self.assertEqual(picture.shape, (300, 360, 3))
+            self.assertTrue((picture == picture[:, :, :1]).all())
+            middle = picture[44:-54, 90 + 80, 0]  # between the title and the time axis
+            self.assertAlmostEqual(1 - middle.argmax() / len(middle), share, delta=4 / len(middle))
+        raw = "--raw --top-db 50 --colormap".split()
+        levels = self.make("mel", "speech.wav", "x.npy", "--db", "--top-db", 50, "--sample-rate", 2000)
+        for colormap, ends in (("gray", [(0, 0, 0), (255, 255, 255)]), ("magma", [(0, 0, 4), (252, 253, 191)]),
+                               ("viridis", [(68, 1, 84), (253, 231, 37)])):
+            self.run_tool("mel", "speech.wav", "-o", "r.png", "--force", *raw, colormap, "--sample-rate", 2000)
+            picture = read_png("r.png")[::-1]
+            for end, cell in zip(ends, (levels.argmin(), levels.argmax())):
+                self.assertEqual(tuple(picture.reshape(-1, 3)[cell]), end)
+            lightness = picture @ [0.2, 0.7, 0.1]
+            order = np.argsort(levels, axis=None)
+            self.assertGreater(np.diff(lightness.reshape(-1)[order]).min(), -1)  # brighter is louder
+
     def test_info_and_presets_as_json(self):
         write_wav("stereo.wav", np.stack([sine(440), sine(1000)], axis=1), 44100)
         info = json.loads(self.run_tool("info", "--json", "stereo.wav")[0])
         self.assertEqual((info["sample_rate"], info["channels"], info["samples"]), (44100, 2, 16000))
+        for name in ("whisper", "tacotron2", "librosa", "hifigan"):
+            made = self.make("mel", "stereo.wav", "x.npy", "--preset", name)
+            self.assertEqual(info[f"frames_{name}"], made.shape[1])
         self.assertAlmostEqual(info["peak_db"], 20 * np.log10(0.5), places=3)
         self.assertAlmostEqual(info["rms_db"], 20 * np.log10(0.5 / np.sqrt(2)), places=3)
-        # A preset is nothing but its options.
+        # The bands of a preset are those of its options.
+        sample_n = len(read_wav("speech.wav")[1])
         for line in self.run_tool("presets", "--json")[0].splitlines():
             preset = json.loads(line)
-            options = [word for key, value in preset.items() if key not in ("name", "about", "afterwards")
-                       for word in ("--" + key.replace("_", "-"), value)]
+            if preset.pop("power_offset") > 0:
+                continue
+            name, _, extra_n, _ = map(preset.pop, ("name", "about", "extra_frames", "compression"))
+            options = [word for key, value in preset.items() for word in ("--" + key.replace("_", "-"), value)]
+            frame_n = -(-sample_n * preset["sample_rate"] // 16000) // preset["hop_length"] + extra_n
             np.testing.assert_array_equal(
-                self.make("mel", "speech.wav", "a.npy", *options),
-                self.make("mel", "speech.wav", "b.npy", "--preset", preset["name"]))
+                self.make("mel", "speech.wav", "a.npy", *options)[:, :frame_n],
+                self.make("mel", "speech.wav", "b.npy", "--preset", name, "--linear"))
 
     def test_explained_calls_give_the_same_numbers(self):
         y = read_wav("speech.wav")[1].astype(np.float32)
         self.make("stft", "speech.wav", "spectrum.npy")
-        modules = {"np": np, "scipy": scipy}
+        modules = {"np": np, "scipy": scipy, "dataclasses": dataclasses}
         sys.path.insert(0, f"{SOURCE}/python")
         import sorvo_audio
         modules["sorvo_audio"] = sorvo_audio
@@ -351,8 +389,10 @@ class Words(CommandLineTest):
             ("stft", "--n-fft 500 --hop-length 200 --center zeros", ""),
             ("istft", "--sample-rate 16000 --length 71000", "--n-fft 512"),
             ("mel", "--preset torchaudio", ""),
-            ("mel", "--preset whisper --norm window", ""),
-            ("mel", "--preset hifigan --sample-rate 16000", ""),
+            ("mel", "--preset whisper --pad-to-seconds 5", ""),
+            ("mel", "--preset whisper_128 --norm window --n-mels 90 --fmin 50 --win-length 300 --db", ""),
+            ("mel", "--preset tacotron2 --sample-rate 16000 --center none --pad 300", ""),
+            ("mel", "--preset hifigan --sample-rate 16000 --window hamming --mel-scale htk --mel-norm none", ""),
             ("resample", "--sample-rate 8000", "--from 16000"),
             ("resample", "--sample-rate 48000", "--from 16000"),
             ("resample", "--sample-rate 44100", "--from 16000"),
@@ -383,7 +423,7 @@ class Words(CommandLineTest):
                     # Measured: at most 7e-6, in mel of torchaudio.
                     self.assertLessEqual(error, 0 if peer["name"] == "Python" else 2e-5)
                     ran += 1
-        self.assertGreaterEqual(ran, 2 * len(cases) - 3)  # scipy has no mel
+        self.assertGreaterEqual(ran, 2 * len(cases) - 6)  # scipy has no mel
 
 
 if __name__ == "__main__":

@@ -18,6 +18,7 @@ Command add_info_command(CLI::App& root);
 Command add_stft_command(CLI::App& root);
 Command add_istft_command(CLI::App& root);
 Command add_mel_command(CLI::App& root);
+Command add_mfcc_command(CLI::App& root);
 Command add_resample_command(CLI::App& root);
 Command add_filter_command(CLI::App& root);
 Command add_filtfilt_command(CLI::App& root);

@@ -11,6 +11,28 @@
 
 namespace sorvo_tool {
 
+void add_picture_options(CLI::App& app, PictureStyle& style, bool with_log_frequency) {
+    CLI::Option* raw =
+        app.add_flag("--raw", style.raw, "Draw one pixel for each cell, without axes");
+    static const Choices colormaps{{"magma", static_cast<int>(Colormap::magma)},
+                                   {"viridis", static_cast<int>(Colormap::viridis)},
+                                   {"gray", static_cast<int>(Colormap::gray)}};
+    add_choice(app, "--colormap", style.colormap, colormaps, "Colours of pictures [magma]");
+    const auto add_size = [&](const char* name, int& target, int least, const char* text) {
+        app.add_option(name, target, text)
+            ->check(at_least(least))
+            ->check(at_most(10000))
+            ->type_name("PX")
+            ->excludes(raw);
+    };
+    add_size("--width", style.width, 320, "Width of pictures [by the length of the sound]");
+    add_size("--height", style.height, 200, "Height of pictures [by the number of rows]");
+    if (with_log_frequency)
+        app.add_flag("--log-frequency", style.log_frequency,
+                     "Draw octaves equally high, without 0 Hz")
+            ->excludes(raw);
+}
+
 SignalReader::SignalReader(const std::string& path, const ReadingOptions& options, int sample_rate)
     : reader_(path, options),
       sample_rate_(sample_rate > 0 ? sample_rate : reader_.format().sample_rate),
@@ -102,7 +124,7 @@ std::string folder_of(const Job& job) {
 }
 
 Range write_features(const Job& job, const Table& table, const Change& finish,
-                     const Change& decibels, Picture& picture, bool raw) {
+                     const Change& decibels, Picture& picture, const PictureStyle& style) {
     std::optional<TableWriter> writer;
     if (job.ending == ".npy" || job.ending == ".csv") writer.emplace(job.output, job.ending, table);
     Range range;
@@ -128,7 +150,7 @@ Range write_features(const Job& job, const Table& table, const Change& finish,
         picture.lowest = picture.highest - 80;
         std::fill(picture.cells.begin(), picture.cells.end(), picture.lowest);
     }
-    const Pixels pixels = raw ? draw_raw(picture) : draw_with_axes(picture);
+    const Pixels pixels = draw(picture, style);
     if (job.ending == ".png") write_png(job.output, pixels);
     if (!job.picture.empty()) write_png(job.picture, pixels);
     return range;

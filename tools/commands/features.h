@@ -17,6 +17,9 @@
 
 namespace sorvo_tool {
 
+// --raw, --colormap, --width, --height and, where rows are evenly spaced, --log-frequency.
+void add_picture_options(CLI::App& app, PictureStyle& style, bool with_log_frequency);
+
 // A sound as one channel, at the rate that is wanted (0: its own), in blocks.
 class SignalReader {
   public:
@@ -80,7 +83,7 @@ class Range {
 // Writes the cells of a table, changed by `finish`, and draws them in decibels, each if the job
 // wants it. `picture` has its axes; `decibels` is only called for pictures.
 Range write_features(const Job& job, const Table& table, const Change& finish,
-                     const Change& decibels, Picture& picture, bool raw);
+                     const Change& decibels, Picture& picture, const PictureStyle& style);
 
 bool is_drawn(const Job& job);
 

@@ -2,9 +2,12 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <limits>
 #include <memory>
 
+#include "blocks/resampler.h"
 #include "commands/command.h"
+#include "settings/presets.h"
 #include "support/array.h"
 #include "support/facts.h"
 #include "support/options.h"
@@ -20,6 +23,16 @@ struct Options {
 
 double decibels(double amplitude) {
     return 20 * std::log10(amplitude);
+}
+
+// Frames that mel --preset makes of the sound; 0 where it is too short.
+void add_frame_counts(Facts& facts, int sample_rate, std::int64_t sample_n) {
+    constexpr double any_ratio = std::numeric_limits<double>::infinity();
+    for (const Preset& preset : all_presets()) {
+        const Resampler resampler(sample_rate, preset.mel.sample_rate, any_ratio, "");
+        facts.add("frames_" + preset.name,
+                  number(frame_count(preset.mel, resampler.output_n(sample_n))));
+    }
 }
 
 Facts describe_sound(const std::string& path) {
@@ -54,6 +67,7 @@ Facts describe_sound(const std::string& path) {
     facts.add("rms_db", decibels(std::sqrt(square_sum / count)));
     facts.add("samples_at_full_scale", full_scale_n);
     facts.add("samples_not_finite", bad_n);
+    add_frame_counts(facts, format.sample_rate, reader.sample_n());
     return facts;
 }
 

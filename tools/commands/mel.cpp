@@ -8,6 +8,7 @@
 #include "commands/command.h"
 #include "commands/features.h"
 #include "settings/mel_settings.h"
+#include "support/cepstra.h"
 #include "support/text.h"
 
 namespace sorvo_tool {
@@ -16,17 +17,25 @@ namespace {
 struct Options {
     BatchOptions batch;
     MelOptions mel;
-    bool raw = false;
+    PictureStyle style;
+    int coefficient_n = 20;  // of mfcc
 };
 
-// Bands so narrow that no bin lies in them are zero throughout, which is seldom meant.
-void note_empty_bands(const MelSettings& mel, int sample_rate, const std::string& file,
-                      Report& report) {
+// [mel_n][freq_n]
+std::vector<float> mel_bank(const MelSettings& mel, int sample_rate, const std::string& file) {
     const int freq_n = mel.frame.fft_n / 2 + 1;
     std::vector<float> bank(static_cast<std::size_t>(mel.mel_n) * static_cast<std::size_t>(freq_n));
     check_status(sorvoAudioGetFBMatrix(bank.data(), freq_n, mel.f_min, upper_hz(mel, sample_rate),
                                        mel.mel_n, sample_rate, mel.mel_norm, mel.mel_formula),
                  "sorvoAudioGetFBMatrix", file);
+    return bank;
+}
+
+// Bands so narrow that no bin lies in them are zero throughout, which is seldom meant.
+void note_empty_bands(const MelSettings& mel, int sample_rate, const std::string& file,
+                      Report& report) {
+    const int freq_n = mel.frame.fft_n / 2 + 1;
+    const std::vector<float> bank = mel_bank(mel, sample_rate, file);
     std::size_t empty_n = 0;
     for (auto row = bank.begin(); row != bank.end(); row += freq_n)
         empty_n += std::all_of(row, row + freq_n, [](float weight) { return weight == 0; });
@@ -36,17 +45,45 @@ void note_empty_bands(const MelSettings& mel, int sample_rate, const std::string
                                " hold no bin and are all zero; raise --n-fft or lower --n-mels");
 }
 
+// The bands [mel_n][frame_n] where a constant is added to the squared magnitudes.
+void offset_bands(std::vector<float>& bands, const MelSettings& mel, int sample_rate,
+                  const float* samples, int sample_n, int frame_n, const std::string& file) {
+    const FrameSettings& frame = mel.frame;
+    const int freq_n = frame.fft_n / 2 + 1;
+    const auto cell_n = static_cast<std::size_t>(freq_n) * static_cast<std::size_t>(frame_n);
+    std::vector<float> pairs(2 * cell_n);
+    check_status(sorvoAudioGetSpectrogram(pairs.data(), samples, sample_n, frame.fft_n, frame.hop_n,
+                                          frame.win_n, frame.window, frame_n,
+                                          SORVO_AUDIO_CENTER_NONE, 2, frame.norm),
+                 "sorvoAudioGetSpectrogram", file);
+    std::vector<float> magnitudes(cell_n);
+    for (std::size_t i = 0; i < cell_n; ++i)
+        magnitudes[i] = std::sqrt(pairs[2 * i] + mel.power_offset);
+    const std::vector<float> bank = mel_bank(mel, sample_rate, file);
+    check_status(sorvoAudioConvertToMel(bands.data(), magnitudes.data(), bank.data(), freq_n,
+                                        frame_n, mel.mel_n),
+                 "sorvoAudioConvertToMel", file);
+}
+
 void append_frames(const MelSettings& mel, int sample_rate, const float* samples, int sample_n,
                    int frame_n, const std::string& file, Table& table) {
     const FrameSettings& frame = mel.frame;
     std::vector<float> bands(table.row_n() * static_cast<std::size_t>(frame_n));
-    check_status(sorvoAudioGetMelSpectrogram(bands.data(), samples, sample_n, sample_rate,
-                                             frame.fft_n, frame.hop_n, frame.win_n, frame.window,
-                                             frame_n, SORVO_AUDIO_CENTER_NONE, mel.power,
-                                             frame.norm, mel.f_min, upper_hz(mel, sample_rate),
-                                             mel.mel_n, mel.mel_norm, mel.mel_formula),
-                 "sorvoAudioGetMelSpectrogram", file);
+    if (mel.power_offset > 0)
+        offset_bands(bands, mel, sample_rate, samples, sample_n, frame_n, file);
+    else
+        check_status(
+            sorvoAudioGetMelSpectrogram(
+                bands.data(), samples, sample_n, sample_rate, frame.fft_n, frame.hop_n, frame.win_n,
+                frame.window, frame_n, SORVO_AUDIO_CENTER_NONE, mel.power, frame.norm, mel.f_min,
+                upper_hz(mel, sample_rate), mel.mel_n, mel.mel_norm, mel.mel_formula),
+            "sorvoAudioGetMelSpectrogram", file);
     table.append(bands.data(), static_cast<std::size_t>(frame_n));
+}
+
+// Samples that a sound is to have at least, and must not exceed; 0: any number.
+std::int64_t padded_count(const MelSettings& mel, int sample_rate) {
+    return static_cast<std::int64_t>(std::round(mel.pad_to_seconds * sample_rate));
 }
 
 // All frames of a sound.
@@ -59,19 +96,32 @@ Table mel_spectrogram(const MelSettings& mel, SignalReader& signal, const Job& j
     EndReflector reflector(mel.pad_n);
     std::vector<float> samples;
     std::int64_t sample_n = 0;
-    while (signal.read(samples)) {
+    const std::int64_t wanted_n = padded_count(mel, signal.sample_rate());
+    const auto push = [&] {
         sample_n += static_cast<std::int64_t>(samples.size());
+        if (wanted_n > 0 && sample_n > wanted_n)
+            throw Failure(Exit::input_failed, job.input,
+                          "has more than " + counted(static_cast<std::size_t>(wanted_n), "sample"),
+                          "--pad-to-seconds " + short_number(mel.pad_to_seconds),
+                          "split the sound, or give the seconds of the longest");
         cutter.push(reflector.push(samples));
+    };
+    while (signal.read(samples)) push();
+    while (sample_n < wanted_n) {
+        samples.assign(static_cast<std::size_t>(std::min<std::int64_t>(wanted_n - sample_n, 65536)),
+                       0);
+        push();
     }
-    if (sample_n <= mel.pad_n)
-        throw Failure(
-            Exit::input_failed, job.input,
-            "cannot be extended, " + counted(static_cast<std::size_t>(sample_n), "sample"),
-            "more than " + std::to_string(mel.pad_n) + " needed, --pad",
-            "give a longer sound or a smaller --pad");
+    if (sample_n < least_samples(mel))
+        throw Failure(Exit::input_failed, job.input,
+                      "is too short, " + counted(static_cast<std::size_t>(sample_n), "sample"),
+                      "these features need " + std::to_string(least_samples(mel)) +
+                          ", for --n-fft " + std::to_string(mel.frame.fft_n),
+                      "give a longer sound, a smaller --n-fft, or --pad-to-seconds");
     cutter.push(reflector.flush());
     cutter.flush();
-    if (cutter.frame_n() == 0) throw too_short(mel.frame, cutter.sample_n(), job.input);
+    const std::int64_t spare_n = cutter.frame_n() - frame_count(mel, sample_n);
+    if (spare_n > 0) table.drop_columns(static_cast<std::size_t>(spare_n));
     return table;
 }
 
@@ -85,13 +135,33 @@ void report_peak(std::size_t peak, const Picture& picture, std::size_t column_n,
                                     short_number(std::round(seconds * 1000) / 1000) + " s");
 }
 
+std::string unit_of(const MelSettings& mel) {
+    if (mel.in_db) return "dB below the maximum";
+    const std::string bands = mel.power == 2   ? "power"
+                              : mel.power == 1 ? "magnitude"
+                                               : "magnitude to the power of --power";
+    if (mel.compression == Compression::log) return "natural logarithm of " + bands;
+    if (mel.compression == Compression::whisper) return "(4 + log10 of " + bands + ") / 4";
+    return bands;
+}
+
+// What becomes of the bands of a table before they are written.
+Change last_step(const MelSettings& mel, const Table& table, const Change& decibels,
+                 const std::string& file) {
+    if (mel.in_db) return decibels;
+    float largest = 0;
+    if (mel.compression == Compression::whisper)
+        table.for_each_piece(
+            [&](const std::vector<float>& cells) { largest = largest_of(cells, largest); });
+    return [=](std::vector<float>& cells) { compress(cells, mel.compression, largest, file); };
+}
+
 Report run(const MelSettings& mel, const Options& options, const Job& job) {
     SignalReader signal(job.input, options.batch.reading, mel.sample_rate);
     const int sample_rate = signal.sample_rate();
     const Table table = mel_spectrogram(mel, signal, job);
 
-    const Change nothing = [](std::vector<float>&) {};
-    Change decibels = nothing;
+    Change decibels = [](std::vector<float>&) {};
     if (mel.power > 0 && (mel.in_db || is_drawn(job)))
         decibels = Decibels(table, powers_of(mel.power), mel.top_db, job.input);
     Picture picture;
@@ -102,32 +172,82 @@ Report run(const MelSettings& mel, const Options& options, const Job& job) {
     // The reflected samples lie before the beginning.
     picture.first_seconds =
         first_frame_seconds(mel.frame, sample_rate) - static_cast<double>(mel.pad_n) / sample_rate;
-    const Range range =
-        write_features(job, table, mel.in_db ? decibels : nothing, decibels, picture, options.raw);
+    const Range range = write_features(job, table, last_step(mel, table, decibels, job.input),
+                                       decibels, picture, options.style);
 
     Report report;
     signal.describe(report);
+    if (mel.pad_to_seconds > 0) report.facts.add("padded_to_seconds", mel.pad_to_seconds);
     note_empty_bands(mel, sample_rate, job.input, report);
     report.facts.add(
         "shape", std::vector<std::int64_t>{mel.mel_n, static_cast<std::int64_t>(table.column_n())});
     report.facts.add("frame_step_ms", picture.seconds_per_column * 1000);
-    report.facts.add("unit", std::string(mel.in_db        ? "dB below the maximum"
-                                         : mel.power == 2 ? "power"
-                                         : mel.power == 1 ? "magnitude"
-                                                          : "magnitude to the power of --power"));
+    report.facts.add("unit", unit_of(mel));
     range.describe(report, true);
     report_peak(range.peak(), picture, table.column_n(), report);
     return report;
 }
 
+// Cepstra of all frames at once, since every level depends on the largest.
+Report run_mfcc(const MelSettings& mel, const Options& options, const Job& job) {
+    SignalReader signal(job.input, options.batch.reading, mel.sample_rate);
+    const Table bands = mel_spectrogram(mel, signal, job);
+    std::vector<float> levels;
+    bands.for_each_piece([&](const std::vector<float>& cells) {
+        levels.insert(levels.end(), cells.begin(), cells.end());
+    });
+    to_levels(levels, largest_of(levels), job.input);
+    Table table(static_cast<std::size_t>(options.coefficient_n), false, folder_of(job));
+    table.append(cepstra(levels, mel.mel_n, options.coefficient_n, job.input).data(),
+                 bands.column_n());
+    const Change nothing = [](std::vector<float>&) {};
+    Picture none;
+    const Range range = write_features(job, table, nothing, nothing, none, options.style);
+
+    Report report;
+    signal.describe(report);
+    note_empty_bands(mel, signal.sample_rate(), job.input, report);
+    report.facts.add("shape",
+                     std::vector<std::int64_t>{options.coefficient_n,
+                                               static_cast<std::int64_t>(table.column_n())});
+    report.facts.add("frame_step_ms", 1000.0 * mel.frame.hop_n / signal.sample_rate());
+    range.describe(report, true);
+    return report;
+}
+
 }  // namespace
 
+Command add_mfcc_command(CLI::App& root) {
+    CLI::App* app = root.add_subcommand("mfcc", "Mel-frequency cepstral coefficients of a sound");
+    const auto options = std::make_shared<Options>();
+    BatchCommand command{"mfcc", {".npy", ".csv"}, true, false, {}};
+    add_batch_options(*app, options->batch, command);
+    app->add_option("--n-mfcc", options->coefficient_n, "Coefficients, at most n-mels [20]")
+        ->check(at_least(1))
+        ->type_name("N");
+    add_band_options(*app, options->mel);
+    add_ratio_option(*app, options->batch.reading);
+    add_examples(*app, {"mfcc speech.wav -o mfcc.npy", "mfcc speech.wav -o mfcc.csv --n-mfcc 13",
+                        "mfcc recordings/ -o cepstra/ --preset librosa"});
+    return {app, [=]() mutable {
+                const MelSettings mel = settle(options->mel);
+                if (options->coefficient_n > mel.mel_n)
+                    throw Failure(Exit::usage, "--n-mfcc",
+                                  std::to_string(options->coefficient_n) + " are too many",
+                                  "--n-mels " + std::to_string(mel.mel_n),
+                                  "lower --n-mfcc or raise --n-mels");
+                command.run = [&](const Job& job) { return run_mfcc(mel, *options, job); };
+                return run_batch(options->batch, command);
+            }};
+}
+
 Command add_mel_command(CLI::App& root) {
-    CLI::App* app = root.add_subcommand("mel", "Mel spectrogram of a sound");
+    CLI::App* app = root.add_subcommand(
+        "mel", "Mel spectrogram of a sound, or the features that a model takes");
     const auto options = std::make_shared<Options>();
     BatchCommand command{"mel", {".npy", ".csv", ".png"}, true, true, {}};
     add_batch_options(*app, options->batch, command);
-    app->add_flag("--raw", options->raw, "Draw one pixel for each cell, without axes");
+    add_picture_options(*app, options->style, false);
     add_mel_options(*app, options->mel);
     add_ratio_option(*app, options->batch.reading);
     add_examples(*app, {"mel speech.wav -o speech.npy --picture speech.png --db",

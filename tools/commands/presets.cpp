@@ -35,7 +35,9 @@ Facts facts_of(const Preset& preset) {
     facts.add("fmax", static_cast<double>(upper_hz(mel, mel.sample_rate)));
     facts.add("mel_scale", word_of(mel_scale_choices, mel.mel_formula));
     facts.add("mel_norm", word_of(mel_norm_choices, mel.mel_norm));
-    if (!preset.afterwards.empty()) facts.add("afterwards", preset.afterwards);
+    facts.add("extra_frames", number(*mel.extra_frame_n));
+    facts.add("power_offset", static_cast<double>(mel.power_offset));
+    facts.add("compression", word_of(mel.compression));
     return facts;
 }
 
@@ -58,7 +60,7 @@ Exit run(const Options& options) {
 }  // namespace
 
 Command add_presets_command(CLI::App& root) {
-    CLI::App* app = root.add_subcommand("presets", "Parameters that mel --preset knows");
+    CLI::App* app = root.add_subcommand("presets", "The models whose features mel --preset makes");
     const auto options = std::make_shared<Options>();
     app->add_option("NAME", options->names, "Presets to show [all]")
         ->check(CLI::IsMember(preset_names()).description(""))

@@ -13,7 +13,7 @@ namespace {
 struct Options {
     BatchOptions batch;
     StftOptions stft;
-    bool raw = false;
+    PictureStyle style;
 };
 
 // Appends frames to a table of complex numbers, or of the magnitudes raised to the power.
@@ -69,8 +69,8 @@ Report run(const StftSettings& stft, const Options& options, const Job& job) {
         picture.row_hz.push_back(static_cast<double>(bin) * signal.sample_rate() /
                                  stft.frame.fft_n);
     const Change nothing = [](std::vector<float>&) {};
-    const Range range =
-        write_features(job, table, stft.in_db ? decibels : nothing, decibels, picture, options.raw);
+    const Range range = write_features(job, table, stft.in_db ? decibels : nothing, decibels,
+                                       picture, options.style);
 
     Report report;
     signal.describe(report);
@@ -94,7 +94,7 @@ Command add_stft_command(CLI::App& root) {
     const auto options = std::make_shared<Options>();
     BatchCommand command{"stft", {".npy", ".csv", ".png"}, true, true, {}};
     add_batch_options(*app, options->batch, command);
-    app->add_flag("--raw", options->raw, "Draw one pixel for each cell, without axes");
+    add_picture_options(*app, options->style, true);
     add_stft_options(*app, options->stft);
     add_examples(*app, {"stft speech.wav -o spectrum.npy", "stft speech.wav -o speech.png",
                         "stft recordings/ -o spectra/ --n-fft 1024 --power 2 --center zeros"});

@@ -1,6 +1,8 @@
+#include <cmath>
+
 #include "explain/code.h"
 #include "explain/explanation.h"
-#include "settings/presets.h"
+#include "support/text.h"
 
 namespace sorvo_tool {
 namespace {
@@ -13,9 +15,122 @@ std::string decibel_code(const MelSettings& mel, const std::string& module) {
                         keyword("top_db", mel.top_db < 0 ? "None" : literal(mel.top_db).c_str())});
 }
 
-// What comes before: the sound at the rate and with the ends that the transform takes.
-std::string reflected(const MelSettings& mel) {
-    return mel.pad_n > 0 ? "y = np.pad(y, " + std::to_string(mel.pad_n) + ", \"reflect\")\n" : "";
+std::string padded_n(const MelSettings& mel, int rate) {
+    return std::to_string(std::lround(mel.pad_to_seconds * rate));
+}
+
+// Frames that a preset takes of a signal of n samples.
+std::string frame_limit(const MelSettings& mel) {
+    const int extra_n = *mel.extra_frame_n;
+    return "n // " + std::to_string(mel.frame.hop_n) +
+           (extra_n == 0 ? "" : " + " + std::to_string(extra_n));
+}
+
+// What comes before the transform: the sound with the ends that it takes.
+std::string prepared(const MelSettings& mel, int rate) {
+    std::string code;
+    if (mel.pad_to_seconds > 0)
+        code += "y = np.pad(y, (0, " + padded_n(mel, rate) + " - len(y)))\n";
+    if (mel.extra_frame_n) code += "n = len(y)\n";
+    if (mel.pad_n > 0) code += "y = np.pad(y, " + std::to_string(mel.pad_n) + ", \"reflect\")\n";
+    return code;
+}
+
+// What comes after it, in the formula that the models use.
+std::string finished(const MelSettings& mel, const std::string& module) {
+    std::string code;
+    if (mel.extra_frame_n) code += "\nmel = mel[..., :" + frame_limit(mel) + "]";
+    if (mel.compression == Compression::log) code += "\nmel = np.log(np.maximum(mel, 1e-5))";
+    if (mel.compression == Compression::whisper)
+        code +=
+            "\nmel = np.log10(np.maximum(mel, 1e-10))"
+            "\nmel = (np.maximum(mel, mel.max() - 8) + 4) / 4";
+    return code + decibel_code(mel, module);
+}
+
+// Python's name of a preset, and what the options changed of it.
+std::string preset_code(const MelSettings& mel, const std::string& preset) {
+    MelOptions unchanged;
+    unchanged.preset = preset;
+    const MelSettings base = settle(unchanged);
+    const FrameSettings& frame = mel.frame;
+    const std::string name = "sorvo_audio.presets." + preset;
+    std::vector<std::string> changes{name};
+    const auto change = [&](bool is_changed, const std::string& code) {
+        if (is_changed) changes.push_back(code);
+    };
+    const auto count = [&](const char* key, int value, int old) {
+        change(value != old, keyword(key, value));
+    };
+    const auto real = [&](const char* key, float value, float old) {
+        change(value != old, keyword(key, value));
+    };
+    count("sr", mel.sample_rate, base.sample_rate);
+    count("n_fft", frame.fft_n, base.frame.fft_n);
+    count("hop_length", frame.hop_n, base.frame.hop_n);
+    count("win_length", frame.win_n, frame.fft_n);
+    change(frame.window != base.frame.window,
+           keyword("window", word_of(window_choices, frame.window)));
+    const bool is_centred = frame.center != SORVO_AUDIO_CENTER_NONE;
+    if (frame.center != base.frame.center) {
+        change(true, keyword("center", is_centred ? "True" : "False"));
+        const bool is_zeros = frame.center == SORVO_AUDIO_CENTER_ZEROS;
+        change(is_centred, keyword("pad_mode", std::string(is_zeros ? "constant" : "reflect")));
+    }
+    change(frame.norm != base.frame.norm,
+           frame.norm == SORVO_AUDIO_NORM_NONE
+               ? "fft_norm=None"
+               : keyword("fft_norm", word_of(norm_choices, frame.norm)));
+    count("pad", mel.pad_n, base.pad_n);
+    real("power", mel.power, base.power);
+    count("n_mels", mel.mel_n, base.mel_n);
+    real("fmin", mel.f_min, base.f_min);
+    real("fmax", mel.f_max, base.f_max);
+    change(mel.mel_formula != base.mel_formula,
+           keyword("htk", mel.mel_formula == SORVO_AUDIO_MEL_HTK ? "True" : "False"));
+    change(mel.mel_norm != base.mel_norm, mel.mel_norm == SORVO_AUDIO_MEL_NORM_AREA
+                                              ? keyword("norm", std::string("slaney"))
+                                              : "norm=None");
+    change(mel.compression != base.compression, "compression=None");
+    const std::string seconds =
+        mel.pad_to_seconds > 0 ? ", pad_to_seconds=" + exact_number(mel.pad_to_seconds) : "";
+    return (changes.size() == 1 ? "mel = " + name : call("mel = dataclasses.replace", changes)) +
+           ".features(y" + seconds + ")" + decibel_code(mel, "sorvo_audio");
+}
+
+// The bands where a constant is added to the squared magnitudes.
+std::string c_offset_bands(const MelSettings& mel, int rate) {
+    const FrameSettings& frame = mel.frame;
+    const std::string freq_n = std::to_string(frame.fft_n / 2 + 1);
+    const std::string mel_n = std::to_string(mel.mel_n);
+    return call("sorvoAudioGetSpectrogram",
+                {"power", "y", "y_n", std::to_string(frame.fft_n), std::to_string(frame.hop_n),
+                 std::to_string(frame.win_n), c_window(frame.window), "frame_n",
+                 c_center(frame.center), "2.0f", c_norm(frame.norm)}) +
+           ";\n/* each magnitude[i] = sqrtf(power[2 * i] + " + literal(mel.power_offset, true) +
+           ") */\n" +
+           call(
+               "sorvoAudioGetFBMatrix",
+               {"bank", freq_n, literal(mel.f_min, true), literal(upper_hz(mel, rate), true), mel_n,
+                std::to_string(rate), c_mel_norm(mel.mel_norm), c_mel_formula(mel.mel_formula)}) +
+           ";\n" +
+           call("sorvoAudioConvertToMel", {"mel", "magnitude", "bank", freq_n, "frame_n", mel_n}) +
+           ";";
+}
+
+std::string c_compression(const MelSettings& mel) {
+    const std::string cell_n = std::to_string(mel.mel_n) + " * frame_n";
+    if (mel.compression == Compression::log)
+        return "\n/* each x[i] = max(mel[i], 1e-5f); mel[i] = (x[i] < 1 ? 1 / x[i] : x[i]) - 1 "
+               "*/\n" +
+               call("sorvoAudioLog1p", {"mel", "mel", cell_n}) +
+               ";\n/* where x[i] < 1, mel[i] = -mel[i] */";
+    if (mel.compression == Compression::whisper)
+        return "\nfloat pair[2] = {1.0f, largest}; /* of mel */\n" +
+               call("sorvoAudioConvertPowerToDB", {"pair", "pair", "2", "-1.0f"}) + ";\n" +
+               call("sorvoAudioConvertPowerToDB", {"mel", "mel", cell_n, "80.0f"}) +
+               ";\n/* each mel[i] = (mel[i] + (pair[1] - pair[0]) + 40) / 40 */";
+    return "";
 }
 
 std::string c_code(const MelSettings& mel, int rate) {
@@ -24,17 +139,24 @@ std::string c_code(const MelSettings& mel, int rate) {
     const std::string hop = std::to_string(frame.hop_n);
     const std::string mel_n = std::to_string(mel.mel_n);
     std::string code;
+    if (mel.pad_to_seconds > 0) code += "/* zeros make y_n " + padded_n(mel, rate) + " */\n";
+    if (mel.extra_frame_n) code += "/* n is y_n */\n";
     if (mel.pad_n > 0)
         code += "/* y is reflected by " + std::to_string(mel.pad_n) + " samples at both ends */\n";
-    code +=
-        call("sorvoAudioGetFrameLen", {"&frame_n", "y_n", n_fft, hop, c_center(frame.center)}) +
-        ";\n" +
-        call("sorvoAudioGetMelSpectrogram",
-             {"mel", "y", "y_n", std::to_string(rate), n_fft, hop, std::to_string(frame.win_n),
-              c_window(frame.window), "frame_n", c_center(frame.center), literal(mel.power, true),
-              c_norm(frame.norm), literal(mel.f_min, true), literal(upper_hz(mel, rate), true),
-              mel_n, c_mel_norm(mel.mel_norm), c_mel_formula(mel.mel_formula)}) +
-        ";";
+    code += call("sorvoAudioGetFrameLen", {"&frame_n", "y_n", n_fft, hop, c_center(frame.center)}) +
+            ";\n";
+    if (mel.extra_frame_n) code += "/* at most " + frame_limit(mel) + " frames */\n";
+    if (mel.power_offset > 0)
+        code += c_offset_bands(mel, rate);
+    else
+        code += call("sorvoAudioGetMelSpectrogram",
+                     {"mel", "y", "y_n", std::to_string(rate), n_fft, hop,
+                      std::to_string(frame.win_n), c_window(frame.window), "frame_n",
+                      c_center(frame.center), literal(mel.power, true), c_norm(frame.norm),
+                      literal(mel.f_min, true), literal(upper_hz(mel, rate), true), mel_n,
+                      c_mel_norm(mel.mel_norm), c_mel_formula(mel.mel_formula)}) +
+                ";";
+    code += c_compression(mel);
     if (mel.in_db && mel.power != 2)
         code += "\n/* each mel[i] raised to the power " + literal(2 / mel.power) + " */";
     if (mel.in_db)
@@ -76,21 +198,26 @@ Explanation explain(const MelSettings& mel, const std::string& preset, int sampl
     if (frame.norm != SORVO_AUDIO_NORM_NONE)
         own.push_back(keyword("fft_norm", word_of(norm_choices, frame.norm)));
     result.push_back({"Python",
-                      reflected(mel) + call("mel = sorvo_audio.melspectrogram", own) +
-                          decibel_code(mel, "sorvo_audio"),
+                      !preset.empty()
+                          ? preset_code(mel, preset)
+                          : prepared(mel, rate) + call("mel = sorvo_audio.melspectrogram", own) +
+                                decibel_code(mel, "sorvo_audio"),
                       ""});
+    if (mel.power_offset > 0) return result;
 
-    const std::string frames =
-        is_zeros ? "; one frame less where the hop does not divide the length" : "";
+    const std::string frames = is_zeros && !mel.extra_frame_n
+                                   ? "; one frame less where the hop does not divide the length"
+                                   : "";
     if (frame.win_n <= frame.fft_n && frame.norm == SORVO_AUDIO_NORM_NONE)
         result.push_back({"librosa",
-                          reflected(mel) + call("mel = librosa.feature.melspectrogram", arguments) +
-                              decibel_code(mel, "librosa"),
+                          prepared(mel, rate) +
+                              call("mel = librosa.feature.melspectrogram", arguments) +
+                              finished(mel, "librosa"),
                           "rounding in single precision" + frames});
     if (frame.win_n <= frame.fft_n && frame.norm != SORVO_AUDIO_NORM_LENGTH)
         result.push_back(
             {"torchaudio",
-             reflected(mel) +
+             prepared(mel, rate) +
                  call("transform = torchaudio.transforms.MelSpectrogram",
                       {keyword("sample_rate", rate), keyword("n_fft", frame.fft_n),
                        keyword("win_length", frame.win_n), keyword("hop_length", frame.hop_n),
@@ -106,11 +233,8 @@ Explanation explain(const MelSettings& mel, const std::string& preset, int sampl
                        keyword("pad_mode", std::string(is_zeros ? "constant" : "reflect")),
                        is_area ? keyword("norm", std::string("slaney")) : "norm=None",
                        keyword("mel_scale", word_of(mel_scale_choices, mel.mel_formula))}) +
-                 "\nmel = transform(torch.from_numpy(y)).numpy()" +
-                 decibel_code(mel, "sorvo_audio"),
+                 "\nmel = transform(torch.from_numpy(y)).numpy()" + finished(mel, "sorvo_audio"),
              "rounding in single precision" + frames});
-    if (!preset.empty() && !find_preset(preset).afterwards.empty())
-        result.push_back({"afterwards the model takes", find_preset(preset).afterwards, ""});
     return result;
 }
 

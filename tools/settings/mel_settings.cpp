@@ -1,7 +1,9 @@
 #include "settings/mel_settings.h"
 
+#include <algorithm>
 #include <cmath>
 
+#include "blocks/frame_cutter.h"
 #include "settings/presets.h"
 #include "support/failure.h"
 #include "support/text.h"
@@ -12,14 +14,19 @@ const Choices mel_scale_choices{{"slaney", SORVO_AUDIO_MEL_SLANEY}, {"htk", SORV
 const Choices mel_norm_choices{{"slaney", SORVO_AUDIO_MEL_NORM_AREA},
                                {"none", SORVO_AUDIO_MEL_NORM_NONE}};
 
-void add_mel_options(CLI::App& app, MelOptions& options) {
+void add_band_options(CLI::App& app, MelOptions& options) {
     app.add_option("--preset", options.preset,
-                   "Begin with a model's parameters; other options change them")
+                   "Make the features of a model; other options change its parameters")
         ->check(CLI::IsMember(preset_names()).description(""))
         ->type_name("NAME");
     app.add_option("--sample-rate", options.sample_rate, "Convert to this rate first [the file's]")
         ->check(at_least(1))
         ->type_name("HZ");
+    app.add_option("--pad-to-seconds", options.pad_to_seconds,
+                   "Append zeros up to this length, such as the 30 of whisper")
+        ->check(at_least(0))
+        ->check(at_most(1e6))
+        ->type_name("S");
     app.add_option("--pad", options.pad_n, "Samples to reflect at both ends before framing [0]")
         ->check(at_least(0))
         ->type_name("N");
@@ -39,7 +46,14 @@ void add_mel_options(CLI::App& app, MelOptions& options) {
     add_choice(app, "--mel-scale", options.mel_formula, mel_scale_choices, "Mel scale [slaney]");
     add_choice(app, "--mel-norm", options.mel_norm, mel_norm_choices,
                "Equal areas (slaney) or equal heights (none) of the triangles [slaney]");
-    app.add_flag("--db", options.in_db, "Write decibels relative to the maximum");
+}
+
+void add_mel_options(CLI::App& app, MelOptions& options) {
+    add_band_options(app, options);
+    app.add_flag("--linear", options.linear,
+                 "Write the bands alone, without the logarithm of the preset");
+    app.add_flag("--db", options.in_db,
+                 "Write decibels relative to the maximum, in place of that logarithm");
     app.add_option("--top-db", options.top_db,
                    "Decibels kept below the maximum; negative: all [80]")
         ->type_name("DB");
@@ -56,7 +70,9 @@ MelSettings settle(const MelOptions& options) {
     settings.f_max = options.f_max.value_or(settings.f_max);
     settings.mel_norm = options.mel_norm.value_or(settings.mel_norm);
     settings.mel_formula = options.mel_formula.value_or(settings.mel_formula);
+    settings.pad_to_seconds = options.pad_to_seconds;
     settings.in_db = options.in_db;
+    if (options.linear || options.in_db) settings.compression = Compression::none;
     settings.top_db = options.top_db.value_or(settings.top_db);
 
     if (settings.mel_n > settings.frame.fft_n / 2)
@@ -67,7 +83,28 @@ MelSettings settle(const MelOptions& options) {
     if (settings.in_db && !(settings.power > 0))
         throw Failure(Exit::usage, "--power", "0 leaves no level that --db could show", "",
                       "give --power 1 or 2");
+    if (settings.power_offset > 0 && settings.power != 1)
+        throw Failure(Exit::usage, "--power", "the preset " + options.preset + " takes magnitudes",
+                      "--power 1", "leave out --power, or give another preset");
+    if (options.linear && options.in_db)
+        throw Failure(Exit::usage, "--db", "decibels are not linear", "",
+                      "give --db or --linear, not both");
     return settings;
+}
+
+std::int64_t frame_count(const MelSettings& settings, std::int64_t sample_n) {
+    if (sample_n < least_samples(settings)) return 0;
+    const std::int64_t frame_n =
+        count_frames(settings.frame, sample_n + 2 * std::int64_t{settings.pad_n});
+    return settings.extra_frame_n
+               ? std::min(frame_n, sample_n / settings.frame.hop_n + *settings.extra_frame_n)
+               : frame_n;
+}
+
+std::int64_t least_samples(const MelSettings& settings) {
+    const std::int64_t pad_n = settings.pad_n;
+    const std::int64_t hops = 1 - settings.extra_frame_n.value_or(1);
+    return std::max({settings.frame.fft_n - 2 * pad_n, pad_n + 1, hops * settings.frame.hop_n});
 }
 
 float upper_hz(const MelSettings& settings, int sample_rate) {

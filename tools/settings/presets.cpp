@@ -1,57 +1,53 @@
 #include "settings/presets.h"
 
 #include <algorithm>
+#include <map>
 
 namespace sorvo_tool {
 namespace {
 
-// Arguments: n_fft, hop_length, centring, sample rate, reflected samples, power, bands, f_max
-// (0: half the rate), mel norm, mel scale.
-MelSettings mel(int fft_n, int hop_n, int center, int sample_rate, int pad_n, float power,
-                int mel_n, float f_max, int mel_norm, int mel_formula) {
-    MelSettings settings;
-    settings.frame.fft_n = fft_n;
-    settings.frame.hop_n = hop_n;
-    settings.frame.center = center;
-    settings.sample_rate = sample_rate;
-    settings.pad_n = pad_n;
-    settings.power = power;
-    settings.mel_n = mel_n;
-    settings.f_max = f_max;
-    settings.mel_norm = mel_norm;
-    settings.mel_formula = mel_formula;
-    return settings;
+using Row = std::map<std::string, std::string>;
+
+const std::vector<Row>& table() {
+    static const std::vector<Row> rows{
+#include "presets_table.inc"
+    };
+    return rows;
 }
 
-constexpr int reflect = SORVO_AUDIO_CENTER_REFLECT;
-constexpr int zeros = SORVO_AUDIO_CENTER_ZEROS;
-constexpr int none = SORVO_AUDIO_CENTER_NONE;
-constexpr int area = SORVO_AUDIO_MEL_NORM_AREA;
-constexpr int plain = SORVO_AUDIO_MEL_NORM_NONE;
-constexpr int slaney = SORVO_AUDIO_MEL_SLANEY;
-constexpr int htk = SORVO_AUDIO_MEL_HTK;
-
-const char* const whisper_afterwards =
-    "x = np.log10(np.maximum(mel[:, :-1], 1e-10)); x = (np.maximum(x, x.max() - 8) + 4) / 4";
-const char* const log_afterwards = "x = np.log(np.maximum(mel, 1e-5))";
+// The words of the table are those of the Python package; an empty one is its None.
+Preset preset_of(const Row& row) {
+    const auto count = [&](const char* key) { return std::stoi(row.at(key)); };
+    const auto real = [&](const char* key) { return std::stof(row.at(key)); };
+    const auto is = [&](const char* key, const char* word) { return row.at(key) == word; };
+    Preset preset{row.at("name"), row.at("about"), {}};
+    MelSettings& mel = preset.mel;
+    mel.sample_rate = count("sr");
+    mel.frame.fft_n = count("n_fft");
+    mel.frame.hop_n = count("hop_length");
+    mel.frame.center = is("center", "OFF")          ? SORVO_AUDIO_CENTER_NONE
+                       : is("pad_mode", "constant") ? SORVO_AUDIO_CENTER_ZEROS
+                                                    : SORVO_AUDIO_CENTER_REFLECT;
+    mel.pad_n = count("pad");
+    mel.power = real("power");
+    mel.power_offset = real("power_offset");
+    mel.mel_n = count("n_mels");
+    mel.f_max = is("fmax", "") ? 0 : real("fmax");
+    mel.mel_formula = is("htk", "ON") ? SORVO_AUDIO_MEL_HTK : SORVO_AUDIO_MEL_SLANEY;
+    mel.mel_norm = is("norm", "") ? SORVO_AUDIO_MEL_NORM_NONE : SORVO_AUDIO_MEL_NORM_AREA;
+    mel.extra_frame_n = count("extra_frames");
+    mel.compression = compression_of(row.at("compression"));
+    return preset;
+}
 
 }  // namespace
 
 const std::vector<Preset>& all_presets() {
-    static const std::vector<Preset> presets{
-        {"whisper", "Whisper speech recognition, 80 bands",
-         mel(400, 160, reflect, 16000, 0, 2, 80, 8000, area, slaney), whisper_afterwards},
-        {"whisper_128", "Whisper large-v3, 128 bands",
-         mel(400, 160, reflect, 16000, 0, 2, 128, 8000, area, slaney), whisper_afterwards},
-        {"librosa", "librosa.feature.melspectrogram with its defaults",
-         mel(2048, 512, zeros, 22050, 0, 2, 128, 0, area, slaney), ""},
-        {"torchaudio", "torchaudio.transforms.MelSpectrogram with its defaults",
-         mel(400, 200, reflect, 16000, 0, 2, 128, 0, plain, htk), ""},
-        {"tacotron2", "Tacotron 2 speech synthesis",
-         mel(1024, 256, reflect, 22050, 0, 1, 80, 8000, area, slaney), log_afterwards},
-        {"hifigan", "HiFi-GAN vocoder; reflects (n_fft - hop) / 2 samples itself",
-         mel(1024, 256, none, 22050, 384, 1, 80, 8000, area, slaney), log_afterwards},
-    };
+    static const std::vector<Preset> presets = [] {
+        std::vector<Preset> read;
+        for (const Row& row : table()) read.push_back(preset_of(row));
+        return read;
+    }();
     return presets;
 }
 

@@ -1,4 +1,4 @@
-// The mel parameters of well-known models and toolkits.
+// The mel features of well-known models and toolkits.
 #pragma once
 
 #include <string>
@@ -12,9 +12,9 @@ struct Preset {
     std::string name;
     std::string about;
     MelSettings mel;
-    std::string afterwards;  // what the model still does with the numbers, as NumPy code; or empty
 };
 
+// From the table that the Python package reads as well.
 const std::vector<Preset>& all_presets();
 std::vector<std::string> preset_names();
 const Preset& find_preset(const std::string& name);  // which must exist

@@ -3,27 +3,32 @@
 #include <cairo.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <memory>
+#include <vector>
 
 #include "support/text.h"
 
 namespace sorvo_tool {
 namespace {
 
-// Dark to bright, with steadily rising lightness, so that it also reads in grey.
-constexpr std::array<Colour, 9> colours{{{0, 0, 4},
-                                         {28, 16, 68},
-                                         {79, 18, 123},
-                                         {129, 37, 129},
-                                         {181, 54, 122},
-                                         {229, 80, 100},
-                                         {251, 135, 97},
-                                         {254, 194, 135},
-                                         {252, 253, 191}}};
+// Evenly spaced colours, dark to bright with steadily rising lightness, so that they also read in
+// grey. Magma and viridis are those of matplotlib, which are in the public domain (CC0).
+using Colours = std::vector<Colour>;
 
-Colour colour_of(double share) {
+const Colours& colours_of(const PictureStyle& style) {
+    static const Colours magma{{0, 0, 4},      {28, 16, 68},    {79, 18, 123},
+                               {129, 37, 129}, {181, 54, 122},  {229, 80, 100},
+                               {251, 135, 97}, {254, 194, 135}, {252, 253, 191}};
+    static const Colours viridis{{68, 1, 84},    {71, 45, 123},  {59, 82, 139},
+                                 {44, 114, 142}, {33, 145, 140}, {40, 174, 128},
+                                 {94, 201, 98},  {173, 220, 48}, {253, 231, 37}};
+    static const Colours gray{{0, 0, 0}, {255, 255, 255}};
+    const auto colormap = static_cast<Colormap>(style.colormap.value_or(0));
+    return colormap == Colormap::magma ? magma : colormap == Colormap::viridis ? viridis : gray;
+}
+
+Colour colour_of(const Colours& colours, double share) {
     if (!(share > 0)) return colours.front();  // NaN as well
     const double at = std::min(share, 1.0) * static_cast<double>(colours.size() - 1);
     const auto lower = std::min(static_cast<std::size_t>(at), colours.size() - 2);
@@ -36,9 +41,10 @@ Colour colour_of(double share) {
     return {mixed(a.red, b.red), mixed(a.green, b.green), mixed(a.blue, b.blue)};
 }
 
-Colour cell_colour(const Picture& picture, float value) {
+Colour cell_colour(const Colours& colours, const Picture& picture, float value) {
     const double range = static_cast<double>(picture.highest) - static_cast<double>(picture.lowest);
-    return colour_of((static_cast<double>(value) - static_cast<double>(picture.lowest)) / range);
+    return colour_of(colours,
+                     (static_cast<double>(value) - static_cast<double>(picture.lowest)) / range);
 }
 
 // Cells [first, last) that pixel `i` of `pixel_n` covers: one or, where cells are smaller, several.
@@ -49,6 +55,44 @@ Span cells_under(std::size_t i, std::size_t pixel_n, std::size_t cell_n) {
     const std::size_t first = i * cell_n / pixel_n;
     return {first, std::max(first + 1, (i + 1) * cell_n / pixel_n)};
 }
+
+// Where the rows lie: one as high as the next, or octaves as high as octaves.
+class FrequencyAxis {
+  public:
+    FrequencyAxis(const std::vector<double>& row_hz, bool is_logarithmic)
+        : hz_(row_hz), is_logarithmic_(is_logarithmic && row_hz.size() > 2) {}
+
+    bool is_logarithmic() const { return is_logarithmic_; }
+
+    // Height of a frequency above the bottom, as a share; outside 0 ... 1 where no row is near.
+    double share_of(double hz) const {
+        if (is_logarithmic_) return std::log(hz / hz_[1]) / std::log(hz_.back() / hz_[1]);
+        return (row_at(hz) + 0.5) / static_cast<double>(hz_.size());
+    }
+
+    // The rows under pixel `i` of `pixel_n` from the bottom.
+    Span rows_under(std::size_t i, std::size_t pixel_n) const {
+        if (!is_logarithmic_) return cells_under(i, pixel_n, hz_.size());
+        const auto row = [&](std::size_t pixel) {
+            const double share = static_cast<double>(pixel) / static_cast<double>(pixel_n);
+            const double hz = hz_[1] * std::pow(hz_.back() / hz_[1], share);
+            return std::min(static_cast<std::size_t>(std::lround(row_at(hz))), hz_.size() - 1);
+        };
+        return {row(i), std::max(row(i) + 1, row(i + 1))};
+    }
+
+  private:
+    double row_at(double hz) const {
+        const auto above = std::lower_bound(hz_.begin(), hz_.end(), hz);
+        const auto upper = static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(
+            above - hz_.begin(), 1, static_cast<std::ptrdiff_t>(hz_.size()) - 1));
+        return static_cast<double>(upper - 1) +
+               (hz - hz_[upper - 1]) / (hz_[upper] - hz_[upper - 1]);
+    }
+
+    const std::vector<double>& hz_;
+    bool is_logarithmic_;
+};
 
 struct Box {
     double left, top, width, height;
@@ -144,23 +188,30 @@ std::vector<double> even_ticks(double lowest, double highest, int tick_n) {
     return ticks;
 }
 
-// Height of a frequency above the bottom of the plot, as a share, by the rows' own frequencies;
-// outside 0 ... 1 where no row is near.
-double frequency_share(const Picture& picture, double hz) {
-    const auto& rows = picture.row_hz;
-    const auto above = std::lower_bound(rows.begin(), rows.end(), hz);
-    const auto upper = static_cast<std::size_t>(std::clamp<std::ptrdiff_t>(
-        above - rows.begin(), 1, static_cast<std::ptrdiff_t>(rows.size()) - 1));
-    const double step = rows[upper] - rows[upper - 1];
-    const double row = static_cast<double>(upper - 1) + (hz - rows[upper - 1]) / step;
-    return (row + 0.5) / static_cast<double>(picture.row_n);
+// The same for minutes and seconds as a clock has them.
+std::vector<double> minute_ticks(double lowest, double highest, int tick_n) {
+    double step = 5;
+    for (const double next : {10., 15., 30., 60., 120., 300., 600., 900., 1800., 3600.})
+        if ((highest - lowest) / step > tick_n) step = next;
+    while ((highest - lowest) / step > tick_n) step *= 2;
+    std::vector<double> ticks;
+    for (double i = std::ceil(lowest / step - 1e-9) + 0.0; i * step <= highest; ++i)
+        ticks.push_back(i * step);
+    return ticks;
 }
 
-void draw_cells(Canvas& canvas, const Picture& picture, const Box& plot) {
+std::string minutes_text(double seconds) {
+    const auto whole = std::lround(seconds);
+    const std::string rest = std::to_string(whole % 60);
+    return std::to_string(whole / 60) + (rest.size() < 2 ? ":0" : ":") + rest;
+}
+
+void draw_cells(Canvas& canvas, const Picture& picture, const FrequencyAxis& axis,
+                const Colours& colours, const Box& plot) {
     const auto width = static_cast<std::size_t>(plot.width);
     const auto height = static_cast<std::size_t>(plot.height);
     for (std::size_t y = 0; y < height; ++y) {
-        const Span rows = cells_under(height - 1 - y, height, picture.row_n);
+        const Span rows = axis.rows_under(height - 1 - y, height);
         for (std::size_t x = 0; x < width; ++x) {
             // Of several cells the loudest shows, so that nothing short is lost.
             const Span columns = cells_under(x, width, picture.column_n);
@@ -169,7 +220,8 @@ void draw_cells(Canvas& canvas, const Picture& picture, const Box& plot) {
                 for (std::size_t column = columns.first; column < columns.last; ++column)
                     loudest = std::max(loudest, picture.cells[row * picture.column_n + column]);
             canvas.set_pixel(static_cast<std::size_t>(plot.left) + x,
-                             static_cast<std::size_t>(plot.top) + y, cell_colour(picture, loudest));
+                             static_cast<std::size_t>(plot.top) + y,
+                             cell_colour(colours, picture, loudest));
         }
     }
     canvas.frame(plot);
@@ -179,20 +231,29 @@ void draw_time_axis(Canvas& canvas, const Picture& picture, const Box& plot) {
     const double span = picture.seconds_per_column * static_cast<double>(picture.column_n);
     const double left = picture.first_seconds - picture.seconds_per_column / 2;
     const double bottom = plot.top + plot.height;
-    for (const double seconds : even_ticks(left, left + span, static_cast<int>(plot.width / 90))) {
+    const bool in_minutes = span > 100;
+    const int tick_n = static_cast<int>(plot.width / 90);
+    for (const double seconds : in_minutes ? minute_ticks(left, left + span, tick_n)
+                                           : even_ticks(left, left + span, tick_n)) {
         const double x = plot.left + (seconds - left) / span * plot.width;
         canvas.line(x, bottom, x, bottom + 5);
-        canvas.text(short_number(seconds), 13, x, bottom + 9, 0.5, 1);
+        canvas.text(in_minutes ? minutes_text(seconds) : short_number(seconds), 13, x, bottom + 9,
+                    0.5, 1);
     }
-    canvas.text("Time (s)", 14, plot.left + plot.width / 2, bottom + 30, 0.5, 1);
+    canvas.text(in_minutes ? "Time (min:s)" : "Time (s)", 14, plot.left + plot.width / 2,
+                bottom + 30, 0.5, 1);
 }
 
-void draw_frequency_axis(Canvas& canvas, const Picture& picture, const Box& plot) {
+void draw_frequency_axis(Canvas& canvas, const Picture& picture, const FrequencyAxis& axis,
+                         const Box& plot) {
     // Even steps for even rows; on a warped scale octaves and what fits between them.
     const auto& hz = picture.row_hz;
     std::vector<double> ticks;
     if (hz.size() < 2) {
         ticks = {};
+    } else if (axis.is_logarithmic()) {
+        for (double decade = 1; decade < hz.back(); decade *= 10)
+            for (const double digit : {1, 2, 5}) ticks.push_back(digit * decade);
     } else if (std::abs((hz[1] - hz[0]) / (hz.back() - hz[hz.size() - 2]) - 1) < 1e-3) {
         ticks = even_ticks(hz.front(), hz.back(), 8);
     } else {
@@ -201,7 +262,7 @@ void draw_frequency_axis(Canvas& canvas, const Picture& picture, const Box& plot
     }
     double lowest_free = plot.top + plot.height + 1;
     for (const double tick : ticks) {
-        const double y = plot.top + plot.height * (1 - frequency_share(picture, tick));
+        const double y = plot.top + plot.height * (1 - axis.share_of(tick));
         if (y < plot.top || y > lowest_free) continue;
         canvas.line(plot.left - 6, y, plot.left - 1, y);
         canvas.text(short_number(tick), 13, plot.left - 9, y, 1, 0.5);
@@ -211,13 +272,14 @@ void draw_frequency_axis(Canvas& canvas, const Picture& picture, const Box& plot
                 true);
 }
 
-void draw_colour_bar(Canvas& canvas, const Picture& picture, const Box& bar) {
+void draw_colour_bar(Canvas& canvas, const Picture& picture, const Colours& colours,
+                     const Box& bar) {
     const auto height = static_cast<std::size_t>(bar.height);
     for (std::size_t y = 0; y < height; ++y)
         for (std::size_t x = 0; x < static_cast<std::size_t>(bar.width); ++x)
             canvas.set_pixel(
                 static_cast<std::size_t>(bar.left) + x, static_cast<std::size_t>(bar.top) + y,
-                colour_of(1 - static_cast<double>(y) / static_cast<double>(height - 1)));
+                colour_of(colours, 1 - static_cast<double>(y) / static_cast<double>(height - 1)));
     canvas.frame(bar);
     const auto lowest = static_cast<double>(picture.lowest);
     const auto highest = static_cast<double>(picture.highest);
@@ -229,29 +291,35 @@ void draw_colour_bar(Canvas& canvas, const Picture& picture, const Box& bar) {
     }
 }
 
-}  // namespace
-
-Pixels draw_with_axes(const Picture& picture) {
+Pixels draw_with_axes(const Picture& picture, const PictureStyle& style) {
     // Whole numbers of pixels for each row keep bands equally high.
     constexpr std::size_t least = 400;
     constexpr std::size_t most = 640;
     const std::size_t row_height = (least + picture.row_n - 1) / picture.row_n;
-    const auto height = static_cast<double>(std::min(row_height * picture.row_n, most));
+    const double own_height =
+        style.log_frequency ? 480 : static_cast<double>(std::min(row_height * picture.row_n, most));
     const double seconds = picture.seconds_per_column * static_cast<double>(picture.column_n);
-    const double width = std::round(std::clamp(seconds * 200, 640.0, 1600.0));
+    const double own_width = std::round(std::clamp(seconds * 200, 640.0, 1600.0));
 
-    const Box plot{90, 44, width, height};
+    constexpr int beside = 200;  // pixels of the picture beside the plot, and above and below
+    constexpr int above = 44;
+    constexpr int below = 54;
+    const Box plot{90, above, style.width > 0 ? style.width - beside : own_width,
+                   style.height > 0 ? style.height - above - below : own_height};
     const Box bar{plot.left + plot.width + 20, plot.top, 18, plot.height};
-    Canvas canvas(static_cast<int>(bar.left + bar.width) + 72, static_cast<int>(height) + 44 + 54);
-    draw_cells(canvas, picture, plot);
+    Canvas canvas(static_cast<int>(plot.width) + beside,
+                  static_cast<int>(plot.height) + above + below);
+    const FrequencyAxis axis(picture.row_hz, style.log_frequency);
+    const Colours& colours = colours_of(style);
+    draw_cells(canvas, picture, axis, colours, plot);
     draw_time_axis(canvas, picture, plot);
-    draw_frequency_axis(canvas, picture, plot);
-    draw_colour_bar(canvas, picture, bar);
+    draw_frequency_axis(canvas, picture, axis, plot);
+    draw_colour_bar(canvas, picture, colours, bar);
     canvas.text(picture.title, 15, plot.left, plot.top - 16, 0, 0);
     return canvas.pixels();
 }
 
-Pixels draw_raw(const Picture& picture) {
+Pixels draw_raw(const Picture& picture, const Colours& colours) {
     Pixels pixels;
     pixels.width = picture.column_n;
     pixels.height = picture.row_n;
@@ -259,8 +327,14 @@ Pixels draw_raw(const Picture& picture) {
     for (std::size_t row = picture.row_n; row-- > 0;)
         for (std::size_t column = 0; column < picture.column_n; ++column)
             pixels.data.push_back(
-                cell_colour(picture, picture.cells[row * picture.column_n + column]));
+                cell_colour(colours, picture, picture.cells[row * picture.column_n + column]));
     return pixels;
+}
+
+}  // namespace
+
+Pixels draw(const Picture& picture, const PictureStyle& style) {
+    return style.raw ? draw_raw(picture, colours_of(style)) : draw_with_axes(picture, style);
 }
 
 }  // namespace sorvo_tool

@@ -2,12 +2,23 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "support/png_file.h"
 
 namespace sorvo_tool {
+
+enum class Colormap { magma, viridis, gray };
+
+struct PictureStyle {
+    std::optional<int> colormap;  // a Colormap; none: magma
+    int width = 0;                // of the whole picture in pixels; 0: by the sound's length
+    int height = 0;
+    bool log_frequency = false;  // octaves equally high; leaves out 0 Hz
+    bool raw = false;            // one pixel for each cell, nothing else
+};
 
 struct Picture {
     std::vector<float> cells;  // [row_n][column_n] in dB; row 0 is drawn at the bottom
@@ -23,10 +34,7 @@ struct Picture {
     double seconds_per_column = 1;
 };
 
-// With axes for time and frequency and a colour bar.
-Pixels draw_with_axes(const Picture& picture);
-
-// One pixel for each cell, nothing else.
-Pixels draw_raw(const Picture& picture);
+// With axes for time and frequency and a colour bar, unless the style is raw.
+Pixels draw(const Picture& picture, const PictureStyle& style);
 
 }  // namespace sorvo_tool
