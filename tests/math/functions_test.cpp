@@ -152,7 +152,7 @@ TEST(FunctionsInLanes, OrdinaryArgumentsRaiseNoException) {
         std::vector<float> got(2 * z.size());
         const FunctionKernels& kernels = function_kernels(level);
         std::feclearexcept(FE_ALL_EXCEPT);
-        for (const std::size_t form : {0, 1}) {
+        for (const std::size_t form : {0U, 1U}) {
             kernels.angles[form](got.data(), z.data(), z.size() / 2);
             kernels.log1pf[form](got.data(), x.data(), x.size());
             kernels.log10f[form](got.data(), x.data() + 1, x.size() - 1);
