@@ -5,28 +5,27 @@
 namespace sorvo::audio::SORVO_LEVEL {
 namespace {
 
-/// The bins of one band, of vec_n vectors of frames (or of vec_n single frames).
-template <class V, std::size_t vec_n>
+/// The bins of one band, of vec_n vectors V of `step` frames (or of single frames).
+template <class V, std::size_t step, std::size_t vec_n>
 SORVO_INLINE void sum_band(V (&sums)[vec_n], const float* src, std::size_t src_step,
                            const MelBand& band) {
     const float* values = src + band.begin * src_step;
     const std::size_t n = band.end - band.begin;
     for (std::size_t k = 0; k < n; ++k, values += src_step) {
         for (std::size_t i = 0; i < vec_n; ++i) {
-            sums[i] += load<V>(values + i * (sizeof(V) / sizeof(float))) * band.weights[k];
+            sums[i] += load<V>(values + i * step) * band.weights[k];
         }
     }
 }
 
 /// All bands of as many frames as fill `vec_n` vectors, again and again; returns the first frame
 /// left.
-template <class V, std::size_t vec_n>
+template <class V, std::size_t step, std::size_t vec_n>
 SORVO_INLINE std::size_t apply_finite(const MelJob& job, std::size_t t) {
-    constexpr std::size_t step = sizeof(V) / sizeof(float);
     for (; t + vec_n * step <= job.frame_n; t += vec_n * step) {
         for (std::size_t m = 0; m < job.band_n; ++m) {
             V sums[vec_n] = {};
-            sum_band(sums, job.src + t, job.src_step, job.bands[m]);
+            sum_band<V, step>(sums, job.src + t, job.src_step, job.bands[m]);
             for (std::size_t i = 0; i < vec_n; ++i) {
                 store(job.dst + m * job.dst_step + t + i * step, sums[i]);
             }
@@ -36,15 +35,14 @@ SORVO_INLINE std::size_t apply_finite(const MelJob& job, std::size_t t) {
 }
 
 void apply_bands(const MelJob& job) {
-    const std::size_t t = apply_finite<FloatVec, 4>(job, 0);
-    apply_finite<float, 1>(job, apply_finite<FloatVec, 1>(job, t));
+    const std::size_t t = apply_finite<FloatVec, lane_n, 4>(job, 0);
+    apply_finite<float, 1, 1>(job, apply_finite<FloatVec, lane_n, 1>(job, t));
 }
 
 /// The products outside a band are 0 or NaN, whatever their order: below[k] are those of all bins
 /// before k, above[k] those from k on, summed once for all bands.
-template <class V>
+template <class V, std::size_t step>
 SORVO_INLINE std::size_t apply_any(const MelJob& job, float* outside, std::size_t t) {
-    constexpr std::size_t step = sizeof(V) / sizeof(float);
     float* const below = outside;
     float* const above = outside + (job.freq_n + 1) * step;
     for (; t + step <= job.frame_n; t += step) {
@@ -63,7 +61,7 @@ SORVO_INLINE std::size_t apply_any(const MelJob& job, float* outside, std::size_
         for (std::size_t m = 0; m < job.band_n; ++m) {
             const MelBand& band = job.bands[m];
             V sums[1] = {load<V>(below + band.begin * step) + load<V>(above + band.end * step)};
-            sum_band(sums, job.src + t, job.src_step, band);
+            sum_band<V, step>(sums, job.src + t, job.src_step, band);
             store(job.dst + m * job.dst_step + t, sums[0]);
         }
     }
@@ -71,7 +69,7 @@ SORVO_INLINE std::size_t apply_any(const MelJob& job, float* outside, std::size_
 }
 
 void apply_bands_to_any(const MelJob& job, float* outside) {
-    apply_any<float>(job, outside, apply_any<FloatVec>(job, outside, 0));
+    apply_any<float, 1>(job, outside, apply_any<FloatVec, lane_n>(job, outside, 0));
 }
 
 bool all_finite(const float* data, std::size_t n) {
