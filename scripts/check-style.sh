@@ -5,15 +5,7 @@ set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh clang clang-format clang-tidy doxygen python3 shellcheck
 
-# shellcheck disable=SC2046
-clang-format --dry-run --Werror $(git ls-files '*.c' '*.h' '*.cpp' '*.inl')
-# shellcheck disable=SC2046
-shellcheck -x $(git ls-files '*.sh' .ci/run)
-
-# Every function and parameter is described, and no other.
-mkdir -p build
-doxygen docs/doxygen/Doxyfile
-
+scripts/check-format.sh
 cmake --preset clang -DSORVO_AUDIO_BUILD_TOOLS=OFF >/dev/null
 cmake --build --preset clang
 ctest --preset clang -E 'robustness|install|docs|python'
