@@ -55,9 +55,11 @@ class NoWorker(Exception):
 def read(path):
     """Samples [channels, n] and sample rate."""
     import soundfile
+    from dask.utils import SerializableLock
     suffixes = SOUND_SUFFIXES.union(map(str.lower, soundfile.available_formats()))
     try:
-        sound = soundfile.SoundFile(path)
+        with SerializableLock("libsndfile"):  # it has one place for the reason why a file does not open
+            sound = soundfile.SoundFile(path)
     except soundfile.LibsndfileError as error:
         if error.code == 1 and path.suffix[1:].lower() not in suffixes:  # SF_ERR_UNRECOGNISED_FORMAT
             raise NotSound from None
