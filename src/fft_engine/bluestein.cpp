@@ -2,11 +2,27 @@
 
 namespace sorvo::audio::kelpon::fft {
 
-BluesteinFFTImpl::BluesteinFFTImpl(unsigned n, SimdLevel level) : chirp_transform_(n, level) {}
+namespace {
+
+constexpr unsigned max_short_n = 19;
+
+}  // namespace
+
+BluesteinFFTImpl::BluesteinFFTImpl(unsigned n, SimdLevel level)
+    : n_(n),
+      chirp_transform_(n, level),
+      short_transform_(n <= max_short_n ? std::make_unique<MixedRadix>(n, level, nullptr)
+                                        : nullptr) {}
 
 template <class In>
 void BluesteinFFTImpl::run(std::complex<float>* out, In in, const PlaneTable& closing_chirp,
                            bool inverse) const {
+    if (short_transform_ != nullptr) {
+        short_transform_->transform(out, in, inverse,
+                                    inverse ? 1.0F / static_cast<float>(n_) : 1.0F,
+                                    thread_scratch(short_transform_->scratch_floats()));
+        return;
+    }
     chirp_transform_.transform(out, in, closing_chirp, inverse,
                                thread_scratch(chirp_transform_.scratch_floats()));
 }

@@ -1,31 +1,14 @@
+// Transforms of a few values, or of as many vectors.
 #pragma once
 
-namespace sorvo::audio::kelpon::fft {
+#include "simd/complex.h"
 
-/// A complex number, or a vector of them with real and imaginary parts apart.
-template <class V>
-struct Complex {
-    V re;
-    V im;
-};
+namespace sorvo::audio::kelpon::fft::SORVO_LEVEL {
+
+using namespace ::sorvo::audio::SORVO_LEVEL;
 
 template <class V>
-[[gnu::always_inline]] inline Complex<V> operator+(const Complex<V>& a, const Complex<V>& b) {
-    return {a.re + b.re, a.im + b.im};
-}
-
-template <class V>
-[[gnu::always_inline]] inline Complex<V> operator-(const Complex<V>& a, const Complex<V>& b) {
-    return {a.re - b.re, a.im - b.im};
-}
-
-template <class V, class W>
-[[gnu::always_inline]] inline Complex<V> operator*(const Complex<V>& a, const Complex<W>& b) {
-    return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
-}
-
-template <class V>
-[[gnu::always_inline]] inline Complex<V> times_minus_i(const Complex<V>& a) {
+SORVO_INLINE Complex<V> times_minus_i(Complex<V> a) {
     return {a.im, -a.re};
 }
 
@@ -54,7 +37,7 @@ struct OddRoots<7> {
 /// The forward transform of radix values in place, for an odd radix: inputs and outputs j and
 /// radix - j share their products.
 template <int radix, class V>
-[[gnu::always_inline]] inline void butterfly(Complex<V> (&x)[radix]) {
+SORVO_INLINE void butterfly(Complex<V> (&x)[radix]) {
     constexpr int pairs = radix / 2;
     Complex<V> sum[pairs + 1];
     Complex<V> difference[pairs + 1];
@@ -86,19 +69,19 @@ template <int radix, class V>
 }
 
 template <class V>
-[[gnu::always_inline]] inline void butterfly(Complex<V> (&x)[1]) {
+SORVO_INLINE void butterfly(Complex<V> (&x)[1]) {
     (void)x;
 }
 
 template <class V>
-[[gnu::always_inline]] inline void butterfly(Complex<V> (&x)[2]) {
+SORVO_INLINE void butterfly(Complex<V> (&x)[2]) {
     const Complex<V> second = x[1];
     x[1] = x[0] - second;
     x[0] = x[0] + second;
 }
 
 template <class V>
-[[gnu::always_inline]] inline void butterfly(Complex<V> (&x)[4]) {
+SORVO_INLINE void butterfly(Complex<V> (&x)[4]) {
     const Complex<V> even_sum = x[0] + x[2];
     const Complex<V> even_difference = x[0] - x[2];
     const Complex<V> odd_sum = x[1] + x[3];
@@ -110,7 +93,7 @@ template <class V>
 }
 
 template <class V>
-[[gnu::always_inline]] inline void butterfly(Complex<V> (&x)[8]) {
+SORVO_INLINE void butterfly(Complex<V> (&x)[8]) {
     constexpr float half_root = 0.707106781F;
     Complex<V> even[] = {x[0], x[2], x[4], x[6]};
     Complex<V> odd[] = {x[1], x[3], x[5], x[7]};
@@ -126,4 +109,4 @@ template <class V>
     }
 }
 
-}  // namespace sorvo::audio::kelpon::fft
+}  // namespace sorvo::audio::kelpon::fft::SORVO_LEVEL

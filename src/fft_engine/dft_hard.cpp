@@ -6,6 +6,8 @@
 namespace sorvo::audio::kelpon::fft {
 namespace {
 
+using namespace SORVO_LEVEL;
+
 template <int n, Flavour flavour, class In>
 void transform_blocks(const In* in, std::complex<float>* out, unsigned total) {
     constexpr bool inverse = flavour != Flavour::forward;

@@ -5,20 +5,19 @@
 // handles.
 #pragma once
 
-#include <array>
 #include <complex>
 #include <cstddef>
 #include <tuple>
 
-#include "simd/level.h"
+#include "simd/dispatch.h"
 
 namespace sorvo::audio::kelpon::fft {
 
-constexpr std::size_t lane_n = 16;
-constexpr std::size_t row_floats = 2 * lane_n;
+constexpr std::size_t row_lane_n = 16;
+constexpr std::size_t row_floats = 2 * row_lane_n;
 
 constexpr std::size_t round_up_to_lanes(std::size_t n) {
-    return (n + lane_n - 1) / lane_n * lane_n;
+    return (n + row_lane_n - 1) / row_lane_n * row_lane_n;
 }
 
 /// Complex values with the real parts in one array and the imaginary parts in another. A transform
@@ -35,13 +34,14 @@ struct Planes {
     operator ConstPlanes() const { return {re, im}; }
 };
 
-/// Which elements of a sequence of n the rows of a block hold: row r has elements
-/// first + stride * index[r] and the 15 that follow.
+/// Which elements of a sequence of n the rows of a block hold: row r has elements first + stride *
+/// index[r] and those that follow, as many as lanes are in use. The other lanes may hold anything.
 struct BlockShape {
     std::size_t n;
     std::size_t first;
     std::size_t stride;
     std::size_t row_n;
+    std::size_t used_lane_n;
 };
 
 /// One stage of a transform that runs down the rows of a block, in place: in each of `block_n`
@@ -59,19 +59,26 @@ struct StageShape {
 /// for all lanes (per_row), or a row of them (per_lane).
 enum class Twiddles { none, per_row, per_lane };
 
-using StageKernel = void (*)(float* rows, const float* twiddles, const StageShape& shape);
+/// `scratch` is room for direct_scratch_floats(radix) where a stage is summed directly.
+using StageKernel = void (*)(float* rows, const float* twiddles, const StageShape& shape,
+                             std::size_t used_lane_n, float* scratch);
 
 /// The largest radix of a stage that is summed directly; larger ones take Bluestein's algorithm,
-/// line by line. Measured: with two lanes in use that is faster from 79 on, with all 16 not yet
-/// at 97.
+/// line by line. Measured: with two lanes in use that is faster from 79 on, with all 16 not yet at
+/// 97.
 constexpr unsigned max_direct_radix = 97;
 constexpr unsigned max_butterfly_radix = 8;
+
+/// Sums and differences of opposite inputs.
+constexpr std::size_t direct_scratch_floats(unsigned radix) {
+    return 2 * row_floats * (radix / 2);
+}
 
 /// Kernels that read the input of a transform, `In` being `const short*`, `const float*`,
 /// `const std::complex<float>*` or `ConstPlanes`.
 template <class In>
 struct InputKernels {
-    /// Fills the rows of a block; what lies beyond the end of the sequence is 0.
+    /// Fills the rows of a block.
     void (*load)(float* rows, In in, const BlockShape& shape, const unsigned* index, bool swapped);
     /// product[j] = in[j] * chirp[j] for j below n, and 0 up to the next multiple of 16.
     void (*multiply_chirp)(Planes product, In in, ConstPlanes chirp, std::size_t n, bool swapped);
@@ -103,6 +110,12 @@ struct TransposeSource {
     std::size_t row_n;
 };
 
+struct StageKernels {
+    StageKernel butterfly[max_butterfly_radix + 1];  ///< by radix; null where there is none
+    StageKernel direct;
+    StageKernel twiddle;  ///< the twiddles of a stage without its transform, if it has any
+};
+
 struct Kernels {
     std::tuple<InputKernels<const short*>, InputKernels<const float*>,
                InputKernels<const std::complex<float>*>, InputKernels<ConstPlanes>>
@@ -111,13 +124,9 @@ struct Kernels {
     void (*transpose)(const TransposeTarget& target, const TransposeSource& source);
     /// product = a * b for n values, n a multiple of 16.
     void (*multiply)(Planes product, ConstPlanes a, ConstPlanes b, std::size_t n);
-    /// By kind of twiddles, then by radix; null where there is no butterfly.
-    std::array<std::array<StageKernel, max_butterfly_radix + 1>, 3> butterfly;
-    std::array<StageKernel, 3> direct;
-    /// The twiddles of a stage without its transform.
-    std::array<StageKernel, 3> twiddle;
+    StageKernels stages[3];  ///< by kind of twiddles
 };
 
-const Kernels& kernels(SimdLevel level);
+SORVO_DECLARE_KERNELS(Kernels, kernels)
 
 }  // namespace sorvo::audio::kelpon::fft

@@ -7,7 +7,7 @@
 namespace sorvo::audio::kelpon::fft {
 namespace {
 
-constexpr unsigned identity[lane_n] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+constexpr unsigned identity[row_lane_n] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
 
 std::size_t line_floats(const StageShape& shape) {
     return 2 * round_up_to_lanes(shape.radix);
@@ -32,6 +32,7 @@ MixedRadix::MixedRadix(unsigned n, SimdLevel level, const MakeLineTransform& mak
             factors_.column_n == 1 && factor.span == 1 ? Twiddles::none : Twiddles::per_lane;
         row_stages_.push_back(make_stage(factor, factors_.row_n, kind, make_line_transform));
     }
+    scratch_n_ = count_scratch();
 }
 
 MixedRadix::Stage MixedRadix::make_stage(const CooleyTukeyFactor& factor, unsigned pass_n,
@@ -41,7 +42,7 @@ MixedRadix::Stage MixedRadix::make_stage(const CooleyTukeyFactor& factor, unsign
     Stage stage;
     stage.shape = {factor.span, pass_n / factor.span / radix, radix, nullptr};
     stage.kind = kind;
-    const auto kind_index = static_cast<std::size_t>(kind);
+    const StageKernels& stage_kernels = kernels_.stages[static_cast<std::size_t>(kind)];
 
     // A lane of the second pass is output `lane` of the transforms that the first pass made.
     const bool per_lane = kind == Twiddles::per_lane;
@@ -52,7 +53,7 @@ MixedRadix::Stage MixedRadix::make_stage(const CooleyTukeyFactor& factor, unsign
             calcW(lane_count * factor.span * radix, Direction::forward,
                   radix == 2 ? TableLength::half : TableLength::full);
         stage.twiddles_per_block = per_lane ? row_twiddles * row_floats : 0;
-        stage.twiddles.resize(per_lane ? round_up_to_lanes(lane_count) / lane_n *
+        stage.twiddles.resize(per_lane ? round_up_to_lanes(lane_count) / row_lane_n *
                                              stage.twiddles_per_block
                                        : 2 * row_twiddles);
         for (std::size_t k = 0; k < factor.span; ++k) {
@@ -60,11 +61,11 @@ MixedRadix::Stage MixedRadix::make_stage(const CooleyTukeyFactor& factor, unsign
                 const std::size_t entry = k * (radix - 1) + a - 1;
                 for (std::size_t lane = 0; lane < lane_count; ++lane) {
                     const std::complex<float> w = table[a * (lane + lane_count * k)];
-                    const std::size_t at = per_lane ? lane / lane_n * stage.twiddles_per_block +
-                                                          entry * row_floats + lane % lane_n
+                    const std::size_t at = per_lane ? lane / row_lane_n * stage.twiddles_per_block +
+                                                          entry * row_floats + lane % row_lane_n
                                                     : 2 * entry;
                     stage.twiddles[at] = w.real();
-                    stage.twiddles[at + (per_lane ? lane_n : 1)] = w.imag();
+                    stage.twiddles[at + (per_lane ? row_lane_n : 1)] = w.imag();
                 }
             }
         }
@@ -72,28 +73,31 @@ MixedRadix::Stage MixedRadix::make_stage(const CooleyTukeyFactor& factor, unsign
 
     if (radix > max_direct_radix) {
         stage.line_transform = make_line_transform(radix);
-        stage.kernel = kernels_.twiddle[kind_index];
+        stage.kernel = stage_kernels.twiddle;
     } else if (radix > max_butterfly_radix) {
         stage.roots = calcW(radix);
         stage.shape.roots = reinterpret_cast<const float*>(stage.roots.data());
-        stage.kernel = kernels_.direct[kind_index];
+        stage.kernel = stage_kernels.direct;
     } else {
-        stage.kernel = kernels_.butterfly[kind_index][radix];
+        stage.kernel = stage_kernels.butterfly[radix];
     }
     return stage;
 }
 
-std::size_t MixedRadix::scratch_floats() const {
-    std::size_t line_scratch = 0;
+std::size_t MixedRadix::count_scratch() const {
+    std::size_t stage_scratch = 0;
     for (const auto* stages : {&column_stages_, &row_stages_}) {
         for (const Stage& stage : *stages) {
-            if (stage.line_transform == nullptr) continue;
-            line_scratch = std::max(line_scratch, lane_n * line_floats(stage.shape) +
-                                                      stage.line_transform->scratch_floats());
+            const std::size_t needed =
+                stage.line_transform != nullptr
+                    ? row_lane_n * line_floats(stage.shape) + stage.line_transform->scratch_floats()
+                    : direct_scratch_floats(stage.shape.radix);
+            stage_scratch = std::max(stage_scratch, needed);
         }
     }
-    const std::size_t merging_rows = round_up_to_lanes(factors_.column_n) / lane_n * factors_.row_n;
-    return (factors_.column_n + merging_rows) * row_floats + line_scratch;
+    const std::size_t merging_rows =
+        round_up_to_lanes(factors_.column_n) / row_lane_n * factors_.row_n;
+    return (factors_.column_n + merging_rows) * row_floats + stage_scratch;
 }
 
 template <class Out, class In>
@@ -102,28 +106,29 @@ void MixedRadix::transform(Out out, In in, bool inverse, float scale, float* scr
     const std::size_t row_n = factors_.row_n;
     float* const block = scratch;
     float* const merging_blocks = block + column_n * row_floats;
-    const std::size_t merging_block_n = round_up_to_lanes(column_n) / lane_n;
+    const std::size_t merging_block_n = round_up_to_lanes(column_n) / row_lane_n;
     const std::size_t merging_block_floats = row_n * row_floats;
-    float* const line_scratch = merging_blocks + merging_block_n * merging_block_floats;
+    float* const stage_scratch = merging_blocks + merging_block_n * merging_block_floats;
 
     const auto& input = std::get<InputKernels<In>>(kernels_.input);
-    for (std::size_t q = 0; q < row_n; q += lane_n) {
-        const std::size_t active_n = std::min(lane_n, row_n - q);
-        input.load(block, in, {n_, q, row_n, column_n}, column_index_.data(), inverse);
-        run_stages(block, column_stages_, 0, active_n, line_scratch);
+    for (std::size_t q = 0; q < row_n; q += row_lane_n) {
+        const std::size_t used_n = std::min(row_lane_n, row_n - q);
+        input.load(block, in, {n_, q, row_n, column_n, used_n}, column_index_.data(), inverse);
+        run_stages(block, column_stages_, 0, used_n, stage_scratch);
         for (std::size_t i = 0; i < merging_block_n; ++i) {
-            kernels_.transpose({merging_blocks + i * merging_block_floats, row_floats, lane_n,
-                                row_position_.data() + q, active_n},
-                               {block + i * lane_n * row_floats, row_floats, lane_n,
-                                std::min(lane_n, column_n - i * lane_n)});
+            kernels_.transpose({merging_blocks + i * merging_block_floats, row_floats, row_lane_n,
+                                row_position_.data() + q, used_n},
+                               {block + i * row_lane_n * row_floats, row_floats, row_lane_n,
+                                std::min(row_lane_n, column_n - i * row_lane_n)});
         }
     }
     const auto& output = std::get<OutputKernels<Out>>(kernels_.output);
     // From the last block down: the rows of a part-filled one reach into those of the first.
     for (std::size_t i = merging_block_n; i-- > 0;) {
         float* const rows = merging_blocks + i * merging_block_floats;
-        run_stages(rows, row_stages_, i, std::min(lane_n, column_n - i * lane_n), line_scratch);
-        output.store(out, rows, {n_, i * lane_n, column_n, row_n}, scale, inverse);
+        const std::size_t used_n = std::min(row_lane_n, column_n - i * row_lane_n);
+        run_stages(rows, row_stages_, i, used_n, stage_scratch);
+        output.store(out, rows, {n_, i * row_lane_n, column_n, row_n, used_n}, scale, inverse);
     }
 }
 
@@ -134,39 +139,39 @@ template void MixedRadix::transform(std::complex<float>*, const std::complex<flo
 template void MixedRadix::transform(Planes, ConstPlanes, bool, float, float*) const;
 
 void MixedRadix::run_stages(float* rows, const std::vector<Stage>& stages, std::size_t block,
-                            std::size_t active_lane_n, float* scratch) const {
+                            std::size_t used_lane_n, float* scratch) const {
     for (const Stage& stage : stages) {
         if (stage.kernel != nullptr) {
             stage.kernel(rows, stage.twiddles.data() + block * stage.twiddles_per_block,
-                         stage.shape);
+                         stage.shape, used_lane_n, scratch);
         }
-        if (stage.line_transform != nullptr) run_line_stage(rows, stage, active_lane_n, scratch);
+        if (stage.line_transform != nullptr) run_line_stage(rows, stage, used_lane_n, scratch);
     }
 }
 
-void MixedRadix::run_line_stage(float* rows, const Stage& stage, std::size_t active_lane_n,
+void MixedRadix::run_line_stage(float* rows, const Stage& stage, std::size_t used_lane_n,
                                 float* scratch) const {
     const StageShape& shape = stage.shape;
     const std::size_t step = shape.span * row_floats;
     const std::size_t line_n = line_floats(shape);
     float* const lines = scratch;
-    float* const line_scratch = lines + lane_n * line_n;
+    float* const line_scratch = lines + row_lane_n * line_n;
     for (std::size_t i = 0; i < shape.block_n * shape.span; ++i) {
         float* const first =
             rows + i / shape.span * shape.radix * step + i % shape.span * row_floats;
-        for (std::size_t a = 0; a < shape.radix; a += lane_n) {
-            const std::size_t tile_n = std::min<std::size_t>(lane_n, shape.radix - a);
-            kernels_.transpose({lines + a, line_n, line_n / 2, identity, active_lane_n},
-                               {first + a * step, step, lane_n, tile_n});
+        for (std::size_t a = 0; a < shape.radix; a += row_lane_n) {
+            const std::size_t tile_n = std::min<std::size_t>(row_lane_n, shape.radix - a);
+            kernels_.transpose({lines + a, line_n, line_n / 2, identity, used_lane_n},
+                               {first + a * step, step, row_lane_n, tile_n});
         }
-        for (std::size_t lane = 0; lane < active_lane_n; ++lane) {
+        for (std::size_t lane = 0; lane < used_lane_n; ++lane) {
             float* const line = lines + lane * line_n;
             stage.line_transform->transform({line, line + line_n / 2}, line_scratch);
         }
-        for (std::size_t a = 0; a < shape.radix; a += lane_n) {
-            const std::size_t tile_n = std::min<std::size_t>(lane_n, shape.radix - a);
-            kernels_.transpose({first + a * step, step, lane_n, identity, tile_n},
-                               {lines + a, line_n, line_n / 2, active_lane_n});
+        for (std::size_t a = 0; a < shape.radix; a += row_lane_n) {
+            const std::size_t tile_n = std::min<std::size_t>(row_lane_n, shape.radix - a);
+            kernels_.transpose({first + a * step, step, row_lane_n, identity, tile_n},
+                               {lines + a, line_n, line_n / 2, used_lane_n});
         }
     }
 }

@@ -36,7 +36,7 @@ class MixedRadix {
   public:
     MixedRadix(unsigned n, SimdLevel level, const MakeLineTransform& make_line_transform);
 
-    std::size_t scratch_floats() const;
+    std::size_t scratch_floats() const { return scratch_n_; }
 
     /// Transforms forward and multiplies by `scale`; with `inverse` the inverse transform, likewise
     /// not scaled otherwise. `out` may be `in`.
@@ -54,11 +54,12 @@ class MixedRadix {
         std::shared_ptr<const LineTransform> line_transform;
     };
 
+    std::size_t count_scratch() const;
     Stage make_stage(const CooleyTukeyFactor& factor, unsigned pass_n, Twiddles kind,
                      const MakeLineTransform& make_line_transform) const;
     void run_stages(float* rows, const std::vector<Stage>& stages, std::size_t block,
-                    std::size_t active_lane_n, float* scratch) const;
-    void run_line_stage(float* rows, const Stage& stage, std::size_t active_lane_n,
+                    std::size_t used_lane_n, float* scratch) const;
+    void run_line_stage(float* rows, const Stage& stage, std::size_t used_lane_n,
                         float* scratch) const;
 
     unsigned n_;
@@ -68,6 +69,7 @@ class MixedRadix {
     std::vector<unsigned> row_position_;  ///< the row of a merging block that takes column q
     std::vector<Stage> column_stages_;
     std::vector<Stage> row_stages_;
+    std::size_t scratch_n_;
 };
 
 }  // namespace sorvo::audio::kelpon::fft

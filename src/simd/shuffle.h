@@ -88,28 +88,30 @@ struct UnzipQuarters {
 };
 
 /// low, high = a0 b0 a1 b1 ... of all lanes.
-SORVO_INLINE void zip(FloatVec& low, FloatVec& high, FloatVec a, FloatVec b) {
-    if constexpr (lane_n == 8) {
-        const FloatVec even = zip_quarters_low(a, b);
-        const FloatVec odd = zip_quarters_high(a, b);
+template <class V>
+SORVO_INLINE void zip(V& low, V& high, V a, V b) {
+    if constexpr (lanes_of<V> == 8) {
+        const V even = zip_quarters_low(a, b);
+        const V odd = zip_quarters_high(a, b);
         low = lower_halves(even, odd);
         high = upper_halves(even, odd);
     } else {
-        low = shuffle<Zip<FloatVec, false>>(a, b);
-        high = shuffle<Zip<FloatVec, true>>(a, b);
+        low = shuffle<Zip<V, false>>(a, b);
+        high = shuffle<Zip<V, true>>(a, b);
     }
 }
 
 /// The inverse of zip().
-SORVO_INLINE void unzip(FloatVec& a, FloatVec& b, FloatVec low, FloatVec high) {
-    if constexpr (lane_n == 8) {
-        const FloatVec first = lower_halves(low, high);
-        const FloatVec second = upper_halves(low, high);
-        a = shuffle<UnzipQuarters<FloatVec, false>>(first, second);
-        b = shuffle<UnzipQuarters<FloatVec, true>>(first, second);
+template <class V>
+SORVO_INLINE void unzip(V& a, V& b, V low, V high) {
+    if constexpr (lanes_of<V> == 8) {
+        const V first = lower_halves(low, high);
+        const V second = upper_halves(low, high);
+        a = shuffle<UnzipQuarters<V, false>>(first, second);
+        b = shuffle<UnzipQuarters<V, true>>(first, second);
     } else {
-        a = shuffle<Unzip<FloatVec, false>>(low, high);
-        b = shuffle<Unzip<FloatVec, true>>(low, high);
+        a = shuffle<Unzip<V, false>>(low, high);
+        b = shuffle<Unzip<V, true>>(low, high);
     }
 }
 
@@ -223,25 +225,66 @@ SORVO_INLINE void store_quarters(float* p, std::size_t step, FloatVec value) {
 template <class T>
 constexpr std::size_t square_n = (lane_n < 8 ? 16 : 32) / sizeof(T);
 
-/// dst[i * dst_stride + j] = src[j * src_stride + i] for i and j below square_n<float>.
-SORVO_INLINE void transpose_square(float* dst, std::ptrdiff_t dst_stride, const float* src,
-                                   std::ptrdiff_t src_stride) {
-    constexpr std::size_t n = square_n<float>;
+/// In each half the lower or the upper quarter of a, then of b.
+template <class V, bool upper>
+struct QuartersOfHalves {
+    static constexpr std::size_t source(std::size_t i) {
+        constexpr std::size_t n = quarter_n<V>;
+        return i / (2 * n) * (2 * n) + (upper ? n : 0) + i % n + i / n % 2 * lanes_of<V>;
+    }
+};
+
+/// Vector i receives quarter i of each; there are as many vectors as quarters.
+template <class V>
+SORVO_INLINE void transpose_by_quarters(V& a, V& b) {
+    const V low = lower_halves(a, b);
+    b = upper_halves(a, b);
+    a = low;
+}
+
+template <class V>
+SORVO_INLINE void transpose_by_quarters(V& a, V& b, V& c, V& d) {
+    const V ac_low = lower_halves(a, c);
+    const V ac_high = upper_halves(a, c);
+    const V bd_low = lower_halves(b, d);
+    const V bd_high = upper_halves(b, d);
+    a = shuffle<QuartersOfHalves<V, false>>(ac_low, bd_low);
+    b = shuffle<QuartersOfHalves<V, true>>(ac_low, bd_low);
+    c = shuffle<QuartersOfHalves<V, false>>(ac_high, bd_high);
+    d = shuffle<QuartersOfHalves<V, true>>(ac_high, bd_high);
+}
+
+/// Loads row i of a square of n x n floats from address(i), and calls store_row(i, row) for the
+/// rows of the transposed square; n is 4, 8 or 16.
+template <std::size_t n, class Address, class StoreRow>
+SORVO_INLINE void transpose_square(Address address, StoreRow store_row) {
     Vec<float, n> rows[n];
     for (std::size_t i = 0; i < n; ++i) {
-        rows[i] = load<Vec<float, n>>(src + static_cast<std::ptrdiff_t>(i) * src_stride);
+        rows[i] = load<Vec<float, n>>(address(i));
     }
     for (std::size_t i = 0; i < n; i += 4) {
         transpose_quarters(rows[i], rows[i + 1], rows[i + 2], rows[i + 3]);
     }
-    for (std::ptrdiff_t i = 0; i < 4; ++i) {
-        if constexpr (n == 4) {
-            store(dst + i * dst_stride, rows[i]);
-        } else {
-            store(dst + i * dst_stride, lower_halves(rows[i], rows[i + 4]));
-            store(dst + (i + 4) * dst_stride, upper_halves(rows[i], rows[i + 4]));
+    for (std::size_t i = 0; i < 4; ++i) {
+        if constexpr (n == 8) {
+            transpose_by_quarters(rows[i], rows[i + 4]);
+        } else if constexpr (n == 16) {
+            transpose_by_quarters(rows[i], rows[i + 4], rows[i + 8], rows[i + 12]);
         }
     }
+    for (std::size_t i = 0; i < n; ++i) {
+        store_row(i, rows[i]);
+    }
+}
+
+/// dst[i * dst_stride + j] = src[j * src_stride + i] for i and j below square_n<float>.
+SORVO_INLINE void transpose_square(float* dst, std::ptrdiff_t dst_stride, const float* src,
+                                   std::ptrdiff_t src_stride) {
+    transpose_square<square_n<float>>(
+        [&](std::size_t i)
+            SORVO_INLINE_BODY { return src + static_cast<std::ptrdiff_t>(i) * src_stride; },
+        [&](std::size_t i, auto row)
+            SORVO_INLINE_BODY { store(dst + static_cast<std::ptrdiff_t>(i) * dst_stride, row); });
 }
 
 SORVO_INLINE void transpose_square(double* dst, std::ptrdiff_t dst_stride, const double* src,
