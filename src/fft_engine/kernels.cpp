@@ -8,71 +8,84 @@ namespace {
 
 static_assert(row_lane_n % lane_n == 0);
 
-/// Calls one(i, V{}) for vectors and single values of [0, count), of which [first, first + count)
-/// of a sequence of n exist at least in part: whole vectors where the sequence has them, then
-/// quarters, then values. What begins below count may end beyond it.
-template <class Visitor>
-SORVO_INLINE void for_each_part(std::size_t first, std::size_t count, std::size_t n,
-                                Visitor visit) {
-    std::size_t i = 0;
-    for (; i < count && first + i + lane_n <= n; i += lane_n) {
-        visit(i, FloatVec{});
-    }
-    for (; lane_n > 4 && i < count && first + i + 4 <= n; i += 4) {
-        visit(i, QuarterVec{});
-    }
-    for (; i < count && first + i < n; ++i) {
-        visit(i, 0.0F);
-    }
+/// Where the lanes in use end; a constant where a vector holds a row.
+SORVO_INLINE std::size_t end_of(std::size_t used_lane_n) {
+    return lane_n < row_lane_n ? used_lane_n : row_lane_n;
 }
 
+/// Whether the sequence has all values of the vectors of a row, part-filled ones too.
+SORVO_INLINE bool has_whole_vectors(std::size_t first, const BlockShape& shape) {
+    return first + (end_of(shape.used_lane_n) + lane_n - 1) / lane_n * lane_n <= shape.n;
+}
+
+/// Calls visit(lane, V{}) for vectors and single values of a row whose first value is number
+/// `first` of the sequence: whole vectors where the sequence has them, even if the lanes in use end
+/// before, then quarters, then values.
+template <class Visitor>
+SORVO_INLINE void for_each_part(std::size_t first, const BlockShape& shape, Visitor visit) {
+    const std::size_t end = end_of(shape.used_lane_n);
+    std::size_t lane = 0;
+    if (has_whole_vectors(first, shape)) {
+        for (; lane < end; lane += lane_n) visit(lane, FloatVec{});
+        return;
+    }
+    const std::size_t used = shape.used_lane_n;
+    for (; lane < used && first + lane + lane_n <= shape.n; lane += lane_n) visit(lane, FloatVec{});
+    for (; lane_n > 4 && lane < used && first + lane + 4 <= shape.n; lane += 4) {
+        visit(lane, QuarterVec{});
+    }
+    for (; lane < used && first + lane < shape.n; ++lane) visit(lane, 0.0F);
+}
+
+// Shapes are copied first: for all the compiler knows, what is stored could change the originals.
+
 template <class In>
-void load_block(float* rows, In in, const BlockShape& shape, const unsigned* index, bool swapped) {
+void load_block(float* rows, In in, const BlockShape& block, const unsigned* index, bool swapped) {
+    const BlockShape shape = block;
     float* const re = rows + (swapped ? row_lane_n : 0);
     float* const im = rows + (swapped ? 0 : row_lane_n);
     for (std::size_t r = 0; r < shape.row_n; ++r) {
         const std::size_t first = shape.first + shape.stride * index[r];
         const std::size_t row = r * row_floats;
-        if (shape.used_lane_n % lane_n != 0) {
+        if (!has_whole_vectors(first, shape)) {
             // What was left in the other lanes could be denormal numbers, which make processors
             // slow.
-            store_row(rows + row + shape.used_lane_n / lane_n * lane_n, ComplexVec{});
+            store_row(rows + row + (shape.used_lane_n - 1) / lane_n * lane_n, ComplexVec{});
         }
-        for_each_part(first, shape.used_lane_n, shape.n,
-                      [&](std::size_t lane, auto kind) SORVO_INLINE_BODY {
-                          using V = decltype(kind);
-                          if constexpr (sizeof(V) == sizeof(float)) {
-                              const Complex<float> value = get(in, first + lane);
-                              re[row + lane] = value.re;
-                              im[row + lane] = value.im;
-                          } else {
-                              const Complex<V> value = get_vector<V>(in, first + lane);
-                              store(re + row + lane, value.re);
-                              store(im + row + lane, value.im);
-                          }
-                      });
+        for_each_part(first, shape, [&](std::size_t lane, auto kind) SORVO_INLINE_BODY {
+            using V = decltype(kind);
+            if constexpr (sizeof(V) == sizeof(float)) {
+                const Complex<float> value = get(in, first + lane);
+                re[row + lane] = value.re;
+                im[row + lane] = value.im;
+            } else {
+                const Complex<V> value = get_vector<V>(in, first + lane);
+                store(re + row + lane, value.re);
+                store(im + row + lane, value.im);
+            }
+        });
     }
 }
 
 template <class Out>
-void store_block(Out out, const float* rows, const BlockShape& shape, float scale, bool swapped) {
+void store_block(Out out, const float* rows, const BlockShape& block, float scale, bool swapped) {
+    const BlockShape shape = block;
     const float* const re = rows + (swapped ? row_lane_n : 0);
     const float* const im = rows + (swapped ? 0 : row_lane_n);
     for (std::size_t r = 0; r < shape.row_n; ++r) {
         const std::size_t first = shape.first + shape.stride * r;
         const std::size_t row = r * row_floats;
-        for_each_part(first, shape.used_lane_n, shape.n,
-                      [&](std::size_t lane, auto kind) SORVO_INLINE_BODY {
-                          using V = decltype(kind);
-                          if constexpr (sizeof(V) == sizeof(float)) {
-                              put(out, first + lane,
-                                  Complex<float>{re[row + lane] * scale, im[row + lane] * scale});
-                          } else {
-                              put_vector(out, first + lane,
-                                         Complex<V>{load<V>(re + row + lane) * scale,
-                                                    load<V>(im + row + lane) * scale});
-                          }
-                      });
+        for_each_part(first, shape, [&](std::size_t lane, auto kind) SORVO_INLINE_BODY {
+            using V = decltype(kind);
+            if constexpr (sizeof(V) == sizeof(float)) {
+                put(out, first + lane,
+                    Complex<float>{re[row + lane] * scale, im[row + lane] * scale});
+            } else {
+                put_vector(
+                    out, first + lane,
+                    Complex<V>{load<V>(re + row + lane) * scale, load<V>(im + row + lane) * scale});
+            }
+        });
     }
 }
 
@@ -103,40 +116,42 @@ void multiply(Planes product, ConstPlanes a, ConstPlanes b, std::size_t n) {
     }
 }
 
-void transpose(const TransposeTarget& target, const TransposeSource& source) {
+void transpose(const TransposeTarget& to_rows, const TransposeSource& from_rows) {
+    const TransposeTarget target = to_rows;
+    const TransposeSource source = from_rows;
     constexpr std::size_t side = lane_n;
-    // Read once: for all the compiler knows, what is stored could change them.
-    const unsigned* const index = target.index;
-    const std::size_t target_row_n = target.row_n;
-    const std::size_t target_stride = target.row_stride;
-    const std::size_t source_row_n = source.row_n;
-    const std::size_t source_stride = source.row_stride;
     for (const bool imaginary : {false, true}) {
         const float* const from = source.first_row + (imaginary ? source.im_offset : 0);
         float* const to = target.first_row + (imaginary ? target.im_offset : 0);
-        for (std::size_t row = 0; row < source_row_n; row += side) {
-            for (std::size_t column = 0; column < target_row_n; column += side) {
+        const auto move_square = [=](std::size_t row, std::size_t column,
+                                     auto step_after) SORVO_INLINE_BODY {
+            const float* next = from + row * source.row_stride + column;
+            transpose_square<side>(
+                [&](std::size_t i) SORVO_INLINE_BODY {
+                    const float* const current = next;
+                    next += step_after(row + i);
+                    return current;
+                },
+                [=](std::size_t i, auto values) SORVO_INLINE_BODY {
+                    if (column + i < target.row_n) {
+                        store(to + target.index[column + i] * target.row_stride + row, values);
+                    }
+                });
+        };
+        for (std::size_t column = 0; column < target.row_n; column += side) {
+            std::size_t row = 0;
+            for (; row + side <= source.row_n; row += side) {
+                move_square(row, column,
+                            [=](std::size_t) SORVO_INLINE_BODY { return source.row_stride; });
+            }
+            if (row < source.row_n) {
                 // Below the last row that row is read again; the values go where nobody looks.
-                const float* next = from + row * source_stride + column;
-                transpose_square<side>(
-                    [&](std::size_t i) SORVO_INLINE_BODY {
-                        const float* const current = next;
-                        next += row + i + 1 < source_row_n ? source_stride : 0;
-                        return current;
-                    },
-                    [&](std::size_t i, auto values) SORVO_INLINE_BODY {
-                        if (column + i < target_row_n) {
-                            store(to + index[column + i] * target_stride + row, values);
-                        }
-                    });
+                move_square(row, column, [=](std::size_t i) SORVO_INLINE_BODY {
+                    return i + 1 < source.row_n ? source.row_stride : 0;
+                });
             }
         }
     }
-}
-
-/// Where the lanes in use end; a constant where a vector holds a row.
-SORVO_INLINE std::size_t end_of(std::size_t used_lane_n) {
-    return lane_n < row_lane_n ? used_lane_n : row_lane_n;
 }
 
 /// Value x times twiddle number i, for the lanes from `lane` on.

@@ -4,6 +4,7 @@
 #include "math/exact.h"
 #include "math/form.h"
 #include "math/lanes.h"
+#include "simd/shuffle.h"
 
 extern "C" float atan2f(float, float);
 
@@ -69,28 +70,25 @@ SORVO_INLINE FloatVec rounded_atan2f(FloatVec y, FloatVec x) {
 // these give the same roundings, or in nothing where the result is the same.
 
 /// table[index].
-SORVO_INLINE FloatVec look_up(const float (&table)[8], IntVec index) {
-#if defined(__AVX512F__)
-    return _mm512_permutexvar_ps(reinterpret_cast<__m512i>(index),
-                                 _mm512_castps256_ps512(_mm256_loadu_ps(table)));
-#elif defined(__AVX2__)
-    return _mm256_permutevar8x32_ps(_mm256_loadu_ps(table), reinterpret_cast<__m256i>(index));
-#else
-    return FloatVec{table[index[0]], table[index[1]], table[index[2]], table[index[3]]};
-#endif
+SORVO_INLINE FloatVec look_up(const float (&table)[16], IntVec index) {
+    if constexpr (lane_n > 4) {
+        return permute(load(table), reinterpret_cast<BitsVec>(index));
+    } else {
+        return FloatVec{table[index[0]], table[index[1]], table[index[2]], table[index[3]]};
+    }
 }
 
 /// atan(t) for t >= 0 as atan(c) + atan((t - c) / (1 + c t)), for c = 0, 0.5, 1, 1.5 and infinity.
 SORVO_INLINE FloatVec classic_atanf(FloatVec t) {
     // Numerators a t + b, denominators c t + d.
-    static constexpr float a[8] = {1.0F, 2.0F, 1.0F, 1.0F, 0.0F};
-    static constexpr float b[8] = {0.0F, -1.0F, -1.0F, -1.5F, -1.0F};
-    static constexpr float c[8] = {0.0F, 1.0F, 1.0F, 1.5F, 1.0F};
-    static constexpr float d[8] = {1.0F, 2.0F, 1.0F, 1.0F, 0.0F};
-    static constexpr float high[8] = {0.0F, 4.6364760399e-01F, 7.8539812565e-01F, 9.8279368877e-01F,
-                                      1.5707962513e+00F};
-    static constexpr float low[8] = {0.0F, 5.0121582440e-09F, 3.7748947079e-08F, 3.4473217170e-08F,
-                                     7.5497894159e-08F};
+    static constexpr float a[16] = {1.0F, 2.0F, 1.0F, 1.0F, 0.0F};
+    static constexpr float b[16] = {0.0F, -1.0F, -1.0F, -1.5F, -1.0F};
+    static constexpr float c[16] = {0.0F, 1.0F, 1.0F, 1.5F, 1.0F};
+    static constexpr float d[16] = {1.0F, 2.0F, 1.0F, 1.0F, 0.0F};
+    static constexpr float high[16] = {0.0F, 4.6364760399e-01F, 7.8539812565e-01F,
+                                       9.8279368877e-01F, 1.5707962513e+00F};
+    static constexpr float low[16] = {0.0F, 5.0121582440e-09F, 3.7748947079e-08F, 3.4473217170e-08F,
+                                      7.5497894159e-08F};
     t = t >= 0x1p25F ? broadcast(0x1p60F) : t;
     const IntVec range = -((t >= 0.4375F) + (t >= 0.6875F) + (t >= 1.1875F) + (t >= 2.4375F));
     const FloatVec x =
@@ -113,10 +111,11 @@ SORVO_INLINE FloatVec classic_atanf(FloatVec t) {
 SORVO_INLINE FloatVec classic_atan2f(FloatVec y, FloatVec x) {
     const FloatVec a = magnitude_of(x);
     const FloatVec b = magnitude_of(y);
-    // Above or below 0 the ratio is large, and the side does not matter; at the origin it is 0.
+    // Above or below 0 the ratio is large, and the side does not matter; at the origin it is 0. A
+    // denominator of 1 there would let a compiler divide by 0 and take the numerator afterwards.
     const MaskVec middle = a == 0.0F;
-    const FloatVec numerator = middle ? where(b != 0.0F, 0x1p60F) : b;
-    const FloatVec angle = classic_atanf(numerator / (middle ? broadcast(1.0F) : a));
+    const FloatVec numerator = middle ? where(b != 0.0F, 0x1p61F) : b;
+    const FloatVec angle = classic_atanf(numerator / (middle ? broadcast(2.0F) : a));
     const MaskVec left = (ints_of(x) < 0) & (~middle | (b == 0.0F));
     const FloatVec turned =
         where(left, 3.1415927410e+00F) - (angle - where(left, -8.7422776573e-08F));

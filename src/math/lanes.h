@@ -9,7 +9,7 @@
 #pragma once
 
 #include "math/series.h"
-#include "simd/convert.h"
+#include "simd/vector.h"
 
 namespace sorvo::audio::SORVO_LEVEL {
 namespace {

@@ -28,4 +28,21 @@ SORVO_INLINE void store_rounded(float* p, DoubleVec value) {
     vst1_f32(p, vcvt_f32_f64(reinterpret_cast<float64x2_t>(value)));
 }
 
+SORVO_INLINE Wide widen(FloatVec x) {
+    const auto all = reinterpret_cast<float32x4_t>(x);
+    return {reinterpret_cast<DoubleVec>(vcvt_f64_f32(vget_low_f32(all))),
+            reinterpret_cast<DoubleVec>(vcvt_high_f64_f32(all))};
+}
+
+SORVO_INLINE FloatVec narrow(Wide x) {
+    return reinterpret_cast<FloatVec>(vcvt_high_f32_f64(
+        vcvt_f32_f64(reinterpret_cast<float64x2_t>(x.low)), reinterpret_cast<float64x2_t>(x.high)));
+}
+
+SORVO_INLINE DoubleVec plus_product_somehow(DoubleVec a, DoubleVec b, DoubleVec c) {
+    return reinterpret_cast<DoubleVec>(vfmaq_f64(reinterpret_cast<float64x2_t>(a),
+                                                 reinterpret_cast<float64x2_t>(b),
+                                                 reinterpret_cast<float64x2_t>(c)));
+}
+
 }  // namespace sorvo::audio::SORVO_LEVEL

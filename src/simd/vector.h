@@ -40,8 +40,15 @@ using FloatVec = Vec<float, lane_n>;
 using BitsVec = Vec<std::uint32_t, lane_n>;
 using MaskVec =
     Vec<std::int32_t, lane_n>;  ///< what comparing FloatVecs gives: -1 or 0 in each lane
+using IntVec = MaskVec;         ///< signed numbers rather than masks
 using DoubleVec = Vec<double, double_lane_n>;
 using LongMaskVec = Vec<std::int64_t, double_lane_n>;  ///< the same for DoubleVecs
+
+/// As many doubles as a FloatVec has lanes: the lower and the upper ones.
+struct Wide {
+    DoubleVec low;
+    DoubleVec high;
+};
 
 /// The lanes of a vector type.
 template <class V>
@@ -126,7 +133,40 @@ SORVO_INLINE V square_root(V value) {
     return value;
 }
 
-// Doubles: samples may be either type, and are computed with as doubles.
+// Between floats and doubles. Samples may be either type, and are computed with as doubles.
+
+/// The number in all lanes.
+SORVO_INLINE DoubleVec broadcast_double(double value) {
+    return value - DoubleVec{};
+}
+
+/// The lanes of a FloatVec or an IntVec, each as a double.
+template <class V>
+SORVO_INLINE Wide widen(V x) {
+    Wide result;
+    for (std::size_t i = 0; i < double_lane_n; ++i) {
+        result.low[i] = x[i];
+        result.high[i] = x[double_lane_n + i];
+    }
+    return result;
+}
+
+/// Each double rounded to a float.
+template <class W>
+SORVO_INLINE FloatVec narrow(W x) {
+    FloatVec result;
+    for (std::size_t i = 0; i < double_lane_n; ++i) {
+        result[i] = static_cast<float>(x.low[i]);
+        result[double_lane_n + i] = static_cast<float>(x.high[i]);
+    }
+    return result;
+}
+
+/// a + b c, rounded once or twice, whichever is faster: for what is proved not to depend on it.
+template <class V>
+SORVO_INLINE V plus_product_somehow(V a, V b, V c) {
+    return a + b * c;
+}
 
 /// double_lane_n numbers.
 template <class T>

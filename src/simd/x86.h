@@ -56,6 +56,26 @@ SORVO_INLINE DoubleVec rounded_to<float>(DoubleVec value) {
     return _mm512_cvtps_pd(_mm512_cvtpd_ps(value));
 }
 
+SORVO_INLINE Wide widen(FloatVec x) {
+    return {_mm512_cvtps_pd(_mm512_castps512_ps256(x)),
+            _mm512_cvtps_pd(_mm512_extractf32x8_ps(x, 1))};
+}
+
+SORVO_INLINE Wide widen(IntVec x) {
+    const auto all = reinterpret_cast<__m512i>(x);
+    return {_mm512_cvtepi32_pd(_mm512_castsi512_si256(all)),
+            _mm512_cvtepi32_pd(_mm512_extracti32x8_epi32(all, 1))};
+}
+
+SORVO_INLINE FloatVec narrow(Wide x) {
+    return _mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps(x.low)),
+                              _mm512_cvtpd_ps(x.high), 1);
+}
+
+SORVO_INLINE DoubleVec plus_product_somehow(DoubleVec a, DoubleVec b, DoubleVec c) {
+    return _mm512_fmadd_pd(b, c, a);
+}
+
 // g++ joins quarters by shuffles of registers; these are loads.
 SORVO_INLINE FloatVec load_quarters(const float* p, std::size_t step) {
     __m512 quarters = _mm512_castps128_ps512(_mm_loadu_ps(p));
@@ -120,6 +140,26 @@ SORVO_INLINE DoubleVec rounded_to<float>(DoubleVec value) {
     return _mm256_cvtps_pd(_mm256_cvtpd_ps(value));
 }
 
+SORVO_INLINE Wide widen(FloatVec x) {
+    return {_mm256_cvtps_pd(_mm256_castps256_ps128(x)),
+            _mm256_cvtps_pd(_mm256_extractf128_ps(x, 1))};
+}
+
+SORVO_INLINE Wide widen(IntVec x) {
+    const auto all = reinterpret_cast<__m256i>(x);
+    return {_mm256_cvtepi32_pd(_mm256_castsi256_si128(all)),
+            _mm256_cvtepi32_pd(_mm256_extracti128_si256(all, 1))};
+}
+
+SORVO_INLINE FloatVec narrow(Wide x) {
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm256_cvtpd_ps(x.low)),
+                                _mm256_cvtpd_ps(x.high), 1);
+}
+
+SORVO_INLINE DoubleVec plus_product_somehow(DoubleVec a, DoubleVec b, DoubleVec c) {
+    return _mm256_fmadd_pd(b, c, a);
+}
+
 SORVO_INLINE FloatVec permute(FloatVec x, BitsVec order) {
     return _mm256_permutevar8x32_ps(x, reinterpret_cast<__m256i>(order));
 }
@@ -157,6 +197,19 @@ SORVO_INLINE void store_rounded(float* p, DoubleVec value) {
 template <>
 SORVO_INLINE DoubleVec rounded_to<float>(DoubleVec value) {
     return _mm_cvtps_pd(_mm_cvtpd_ps(value));
+}
+
+SORVO_INLINE Wide widen(FloatVec x) {
+    return {_mm_cvtps_pd(x), _mm_cvtps_pd(_mm_movehl_ps(x, x))};
+}
+
+SORVO_INLINE Wide widen(IntVec x) {
+    const auto all = reinterpret_cast<__m128i>(x);
+    return {_mm_cvtepi32_pd(all), _mm_cvtepi32_pd(_mm_unpackhi_epi64(all, all))};
+}
+
+SORVO_INLINE FloatVec narrow(Wide x) {
+    return _mm_movelh_ps(_mm_cvtpd_ps(x.low), _mm_cvtpd_ps(x.high));
 }
 
 #endif
