@@ -76,7 +76,7 @@ void filter_repeating_input(const Path<Out>& dst, const Path<const In>& src,
     State* const last = seen.data();
     State* const marked = last + state_n;
     const auto equal = [&](const State* state) {
-        return std::memcmp(z, state, state_n * sizeof(State)) == 0;
+        return state_n == 0 || std::memcmp(z, state, state_n * sizeof(State)) == 0;
     };
     std::size_t mark = done;
     std::copy_n(z, state_n, marked);
