@@ -145,14 +145,14 @@ template <class V>
 SORVO_INLINE Wide widen(V x) {
     Wide result;
     for (std::size_t i = 0; i < double_lane_n; ++i) {
-        result.low[i] = x[i];
-        result.high[i] = x[double_lane_n + i];
+        result.low[i] = static_cast<double>(x[i]);
+        result.high[i] = static_cast<double>(x[double_lane_n + i]);
     }
     return result;
 }
 
 /// Each double rounded to a float.
-template <class W>
+template <class W = Wide>
 SORVO_INLINE FloatVec narrow(W x) {
     FloatVec result;
     for (std::size_t i = 0; i < double_lane_n; ++i) {
