@@ -63,19 +63,18 @@ def kaldi(y, sr, bands, low, high, snip):
 
 class KaldiFbank(unittest.TestCase):
     def test_is_the_published_formula(self):
-        # Measured: at most 1.8e-4; of 16-bit integers 4.1e-4, in one band of 35520, where a hiss is 1e10 times as
-        # strong.
+        # Measured: at most 1.2e-6.
         y = recording()
-        for sr, y, bands, low, fmax, snip, bound in [
-                (16000, y, 80, 20, 0, True, 5e-4), (16000, y / 32768, 80, 20, 0, True, 3e-4),
-                (16000, y[-20011:] / 32768, 40, 20, -400, False, 3e-4), (8000, y[:9000], 23, 100, 3800, True, 3e-4),
-                (22050, y[-15000:] / 32768, 64, 0, 0, False, 3e-4)]:
+        for sr, y, bands, low, fmax, snip in [
+                (16000, y, 80, 20, 0, True), (16000, y / 32768, 80, 20, 0, True),
+                (16000, y[-20011:] / 32768, 40, 20, -400, False), (8000, y[:9000], 23, 100, 3800, True),
+                (22050, y[-15000:] / 32768, 64, 0, 0, False)]:
             with self.subTest(sr=sr, bands=bands, snip=snip, scale=np.abs(y).max()):
                 expected = kaldi(y, sr, bands, low, fmax if fmax > 0 else sr / 2 + fmax, snip)
                 actual = kaldi_fbank(np.stack([y, np.zeros(len(y), np.float32)]), sr=sr, n_mels=bands, fmin=low,
                                      fmax=fmax, snip_edges=snip)
                 self.assertEqual(actual.shape, (2, *expected.shape))
-                self.assertLess(np.abs(actual[0] - expected).max(), bound)
+                self.assertLess(np.abs(actual[0] - expected).max(), 4e-6)
                 self.assertLess(np.abs(actual[1] - np.log(np.finfo(np.float32).eps)).max(), 1e-6)
 
     def test_is_that_of_torchaudio(self):
