@@ -1,6 +1,7 @@
 """The package finds its library, its types hold, and what its page shows runs."""
 import os
 import pathlib
+import platform
 import re
 import shutil
 import subprocess
@@ -47,6 +48,18 @@ class Package(unittest.TestCase):
         self.assertTrue(blocks)
         for block in blocks:
             exec(block, {})
+
+    @unittest.skipUnless(platform.machine() == "x86_64" and shutil.which("cc"), "for x86-64, with a compiler")
+    def test_says_what_is_in_use(self):
+        with tempfile.TemporaryDirectory() as folder:
+            program = ("#include <stdio.h>\n#define HAS __builtin_cpu_supports\nint main(void) { puts("
+                       'HAS("avx512f") && HAS("avx512bw") && HAS("avx512dq") && HAS("avx512vl") ? "avx512" :'
+                       'HAS("avx2") && HAS("fma") ? "avx2" : "sse2"); }')
+            subprocess.run(["cc", "-x", "c", "-", "-o", f"{folder}/level"], input=program, text=True, check=True)
+            level = run(f"{folder}/level").stdout.strip()
+        said = run(sys.executable, "-m", "sorvo_audio", env={**os.environ, "PYTHONPATH": str(PYTHON)}).stdout
+        library = re.escape(os.environ["SORVO_AUDIO_LIBRARY"])
+        self.assertRegex(said, rf"^sorvo_audio \d.*\nlibrary: {library} on x86_64\nlevel: {level}\ndigest .*: \w+\n$")
 
     def test_search_for_the_library(self):
         with tempfile.TemporaryDirectory(prefix="with space ") as folder:
