@@ -127,6 +127,11 @@ void run_rows(const ChunkRows<Out, In, State>& all) {
     // A copy: what is stored could otherwise have changed it.
     const ChunkRows<Out, In, State> rows = all;
     fetch_rows(rows.in_rows, rows.src, rows.row_n, rows.stride, rows.reverse);
+    for (std::size_t lane = 0; rows.is_idle != nullptr && lane < chunk_lane_n; ++lane) {
+        for (std::size_t row = 0; rows.is_idle[lane] && row < rows.row_n; ++row) {
+            rows.in_rows[row].lane[lane] = 0;
+        }
+    }
     filter_rows<state_n>(rows);
     store_rows(rows.dst, rows.out_rows, rows.row_n, rows.stride, rows.reverse);
 }

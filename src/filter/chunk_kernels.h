@@ -32,6 +32,7 @@ struct ChunkRows {
     State* z;              ///< [state value][lane]
     LaneRow<In>* in_rows;  ///< room for max_chunk_row_n rows of inputs, and of outputs
     LaneRow<Out>* out_rows;
+    const bool* is_idle;  ///< of each lane: takes zeros for its samples; null: of no lane
 };
 
 template <class Out, class In, class State>

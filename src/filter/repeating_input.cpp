@@ -4,12 +4,17 @@
 #include <cstring>
 
 #include "filter/difference_equation.h"
+#include "filter/faint.h"
 
 namespace sorvo::audio {
 namespace {
 
+/// Stretches are noticed by so many samples of theirs, which are looked at so far apart.
+constexpr std::size_t probe_n = min_repeating_n / 2;
+/// Of faint samples, which are what filters make of silence.
+constexpr std::size_t max_faint_period = 192;
 /// States are compared after at least so many samples, a multiple of all short cycles.
-constexpr std::size_t min_step_n = 12;
+constexpr std::size_t min_step_n = 24;
 
 /// Whether the bits of n values at x are those `period` values further on.
 template <class T>
@@ -17,7 +22,7 @@ bool repeats(const T* x, std::size_t period, std::size_t n) {
     return std::memcmp(x, x + period, n * sizeof(T)) == 0;
 }
 
-/// The period of min_repeating_n values, 0 where there is none up to max_period.
+/// The period of probe_n values, 0 where there is none up to max_period.
 template <class T>
 std::size_t period_of(const T* x, std::size_t max_period) {
     // For nearly all signals this loop, several values at a time, is all there is to do.
@@ -26,7 +31,7 @@ std::size_t period_of(const T* x, std::size_t max_period) {
         candidate_n += x[0] == x[period] ? 1 : 0;
     }
     for (std::size_t period = 1; candidate_n > 0 && period <= max_period; ++period) {
-        if (x[0] == x[period] && repeats(x, period, min_repeating_n - period)) {
+        if (x[0] == x[period] && repeats(x, period, probe_n - period)) {
             return period;
         }
     }
@@ -38,12 +43,14 @@ std::size_t period_of(const T* x, std::size_t max_period) {
 template <class In>
 RepeatingInput find_repeating_input(const Path<const In>& src, std::size_t position,
                                     std::size_t max_period) {
-    for (std::size_t begin = position; src.n - begin >= min_repeating_n; begin += min_repeating_n) {
-        const std::size_t period = period_of(src.range(begin, min_repeating_n), max_period);
+    for (std::size_t begin = position; src.n - begin >= probe_n; begin += probe_n) {
+        const In* const probe = src.range(begin, probe_n);
+        const std::size_t period =
+            period_of(probe, any_faint(probe, 3) ? max_faint_period : max_period);
         if (period == 0) {
             continue;
         }
-        std::size_t end = begin + min_repeating_n;
+        std::size_t end = begin + probe_n;
         for (std::size_t step = min_repeating_n; step > 0;) {
             if (src.n - end >= step &&
                 repeats(src.range(end - period, period + step), period, step)) {
@@ -52,7 +59,14 @@ RepeatingInput find_repeating_input(const Path<const In>& src, std::size_t posit
                 step /= 2;
             }
         }
-        return {begin, end, period};
+        std::size_t first = begin;
+        while (first > position && repeats(src.range(first - 1, period + 1), period, 1)) {
+            --first;
+        }
+        if (end - first >= min_repeating_n) {
+            return {first, end, period};
+        }
+        begin = end - probe_n;
     }
     return {src.n, src.n, 0};
 }
@@ -69,25 +83,26 @@ void filter_repeating_input(const Path<Out>& dst, const Path<const In>& src,
         run_difference_equation(dst.range(done, n), src.range(done, n), coef, z, n, src.reverse);
         done += n;
     };
-    // Looks for a state that was there before: one step ago, or at `mark`, which moves on in
-    // growing distances.
+    // Looks for a state that was there before: one step ago, or at `mark`, which moves on whenever
+    // a fifth of all samples came after it.
     const std::size_t step_n = (min_step_n + stretch.period - 1) / stretch.period * stretch.period;
     const std::size_t state_n = coef.b.size() - 1;
     State* const last = seen.data();
     State* const marked = last + state_n;
     const auto equal = [&](const State* state) {
-        return state_n == 0 || std::memcmp(z, state, state_n * sizeof(State)) == 0;
+        // Most states differ in their first value already.
+        return state_n == 0 || (!(z[0] < state[0] || z[0] > state[0]) &&
+                                std::memcmp(z, state, state_n * sizeof(State)) == 0);
     };
     std::size_t mark = done;
     std::copy_n(z, state_n, marked);
     std::size_t cycle_n = 0;
-    for (std::size_t distance = step_n; cycle_n == 0 && stretch.end - done >= step_n;) {
+    while (cycle_n == 0 && stretch.end - done >= step_n) {
         std::copy_n(z, state_n, last);
         run(step_n);
         cycle_n = equal(last) ? step_n : equal(marked) ? done - mark : 0;
-        if (done - mark == distance) {
+        if (done - mark > (done - stretch.begin) / 5) {
             mark = done;
-            distance *= 2;
             std::copy_n(z, state_n, marked);
         }
     }

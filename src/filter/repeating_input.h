@@ -25,7 +25,8 @@ struct RepeatingInput {
     std::size_t period;
 };
 
-/// The next stretch from `position` on.
+/// The next stretch from `position` on. Faint samples, which filters make of silence, may repeat
+/// with longer periods, too.
 template <class In>
 RepeatingInput find_repeating_input(const Path<const In>& src, std::size_t position,
                                     std::size_t max_period);

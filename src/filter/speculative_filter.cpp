@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "filter/difference_equation.h"
+#include "filter/faint.h"
 #include "filter/settling.h"
 #include "util/zeros.h"
 
@@ -16,6 +17,7 @@ constexpr std::size_t checkpoint_distance = 64;
 static_assert(checkpoint_distance % max_chunk_row_n == 0);
 /// After a round with so many chunks that never met the true state, the next round waits.
 constexpr std::size_t max_unmet_n = 8;
+constexpr std::size_t max_state_n = 2;
 
 /// 0 where the filter does not forget within a chunk.
 template <class State>
@@ -53,13 +55,43 @@ SpeculativeFilter<Out, In, State>::SpeculativeFilter(const FilterCoefficients& c
     }
 }
 
+// Lanes with faint numbers idle with zeros meanwhile, and are run by themselves: a single product
+// with a denormal number would hold up all.
 template <class Out, class In, class State>
 void SpeculativeFilter<Out, In, State>::run_rows(const Round& round, std::size_t position,
                                                  std::size_t n) {
     const bool reverse = round.src.reverse;
     const auto stride = static_cast<std::ptrdiff_t>(round.plan.chunk_n) * (reverse ? -1 : 1);
-    kernel_({round.dst.range(position, n), round.src.range(position, n), n, stride, reverse,
-             coef_.b.data(), coef_.a.data(), z_.data(), in_rows_.get(), out_rows_.get()});
+    Out* const dst = round.dst.range(position, n);
+    const In* const src = round.src.range(position, n);
+    const std::size_t state_n = coef_.b.size() - 1;
+    State states[chunk_lane_n][max_state_n];
+    bool is_idle[chunk_lane_n];
+    bool any_idle = false;
+    for (std::size_t lane = 0; lane < chunk_lane_n; ++lane) {
+        const In* const x = src + static_cast<std::ptrdiff_t>(lane) * stride;
+        is_idle[lane] = is_faint(x[0]) || is_faint(x[n - 1]);
+        for (std::size_t k = 0; k < state_n; ++k) {
+            is_idle[lane] |= is_faint(z_[k * chunk_lane_n + lane]);
+        }
+        any_idle |= is_idle[lane];
+    }
+    for (std::size_t i = 0; any_idle && i < z_.size(); ++i) {
+        const std::size_t lane = i % chunk_lane_n;
+        states[lane][i / chunk_lane_n] = z_[i];
+        z_[i] = is_idle[lane] ? 0 : z_[i];
+    }
+    kernel_({dst, src, n, stride, reverse, coef_.b.data(), coef_.a.data(), z_.data(),
+             in_rows_.get(), out_rows_.get(), any_idle ? is_idle : nullptr});
+    for (std::size_t lane = 0; any_idle && lane < chunk_lane_n; ++lane) {
+        if (is_idle[lane]) {
+            const auto offset = static_cast<std::ptrdiff_t>(lane) * stride;
+            run_difference_equation(dst + offset, src + offset, coef_, states[lane], n, reverse);
+            for (std::size_t k = 0; k < state_n; ++k) {
+                z_[k * chunk_lane_n + lane] = states[lane][k];
+            }
+        }
+    }
 }
 
 // What a lane puts out while it warms up is replaced by the lane before it, later.

@@ -172,6 +172,15 @@ std::vector<float> noise_with_repetitions(std::size_t n) {
     return x;
 }
 
+std::vector<float> noise_with_gaps(std::size_t n) {
+    std::vector<float> x = noise(n);
+    std::size_t gap_n = 100;
+    for (std::size_t i = 3000; i + gap_n < n; i += gap_n + 1500 + n / 50, gap_n += gap_n / 2) {
+        std::fill_n(x.data() + i, gap_n, 0.0F);
+    }
+    return x;
+}
+
 TEST_P(FilterLevels, EqualTheDefinitionWhereTheInputRepeats) {
     std::vector<float> x = noise_with_repetitions(300000);
     for (const Filter& filter : filters()) {
@@ -209,10 +218,11 @@ TEST_P(FilterLevels, FilterForwardAndBackwardAsDefined) {
 }
 
 TEST_P(FilterLevels, FilterForwardAndBackwardWhereTheInputRepeats) {
-    const std::vector<float> x = noise_with_repetitions(300000);
-    for (const Filter& filter : filters()) {
-        for (const bool in_place : {false, true}) {
-            expect_two_defined_passes(x, filter, static_cast<int>(x.size()), 1, in_place);
+    for (const auto& x : {noise_with_repetitions(300000), noise_with_gaps(100000)}) {
+        for (const Filter& filter : filters()) {
+            for (const bool in_place : {false, true}) {
+                expect_two_defined_passes(x, filter, static_cast<int>(x.size()), 1, in_place);
+            }
         }
     }
 }
