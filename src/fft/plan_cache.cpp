@@ -109,6 +109,16 @@ struct Kept {
 template <class Plan>
 Kept<Plan> kept_plans;
 
+/// The threads that used plans stayed in the parent. No place is locked: fork() waits for builders.
+[[maybe_unused]] const bool frees_places = call_in_forked_child([] {
+    for (auto& place : kept_plans<FftPlan>.places) {
+        place.users = 0;
+    }
+    for (auto& place : kept_plans<OnePlan>.places) {
+        place.users = 0;
+    }
+});
+
 }  // namespace
 
 template <class Plan>

@@ -39,6 +39,15 @@ void unlock_all() {
 
 }  // namespace
 
+bool call_in_forked_child(void (*function)()) {
+#ifdef SORVO_AUDIO_HAS_FORK
+    return ::pthread_atfork(nullptr, nullptr, function) == 0;
+#else
+    (void)function;
+    return false;
+#endif
+}
+
 BuildLock::BuildLock(Cache cache) : lock_(mutexes[static_cast<std::size_t>(cache)]) {}
 
 }  // namespace sorvo::audio

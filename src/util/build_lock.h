@@ -21,4 +21,7 @@ class BuildLock {
     std::lock_guard<std::mutex> lock_;
 };
 
+/// Whether fork() will call `function` in the child, whose only thread is the one that forked.
+bool call_in_forked_child(void (*function)());
+
 }  // namespace sorvo::audio
