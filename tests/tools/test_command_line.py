@@ -393,6 +393,8 @@ class Words(CommandLineTest):
             ("mel", "--preset whisper_128 --norm window --n-mels 90 --fmin 50 --win-length 300 --db", ""),
             ("mel", "--preset tacotron2 --sample-rate 16000 --center none --pad 300", ""),
             ("mel", "--preset hifigan --sample-rate 16000 --window hamming --mel-scale htk --mel-norm none", ""),
+            ("mfcc", "", ""),
+            ("mfcc", "--preset librosa --sample-rate 16000 --n-mfcc 13", ""),
             ("resample", "--sample-rate 8000", "--from 16000"),
             ("resample", "--sample-rate 48000", "--from 16000"),
             ("resample", "--sample-rate 44100", "--from 16000"),
@@ -416,7 +418,7 @@ class Words(CommandLineTest):
                 with self.subTest(f"{command} {options}: {peer['name']}"):
                     names = {**modules, "y": y, "stft": np.load("spectrum.npy")}
                     exec(peer["code"], names)
-                    result = names[{"stft": "stft", "istft": "y", "mel": "mel"}.get(command, "z")]
+                    result = names[{"stft": "stft", "istft": "y", "mel": "mel", "mfcc": "mfcc"}.get(command, "z")]
                     self.assertLessEqual(abs(result.shape[-1] - got.shape[-1]), "--center zeros" in options)
                     n = min(result.shape[-1], got.shape[-1])
                     error = np.linalg.norm(result[..., :n] - got[..., :n]) / np.linalg.norm(got)

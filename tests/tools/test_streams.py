@@ -59,7 +59,7 @@ class Blocks(StreamTest):
 
     def test_spectra_are_those_of_the_whole(self):
         for fft_n, hop, center in [(512, 128, "reflect"), (400, 160, "zeros"), (399, 77, "none"), (64, 1000, "reflect"),
-                                   (40_000, 70_001, "zeros"), (200_000, 3000, "reflect"), (16, 1, "none")]:
+                                   (40_000, 70_001, "zeros"), (200_000, 40_000, "reflect"), (16, 1, "none")]:
             keywords = dict(n_fft=fft_n, hop_length=hop, center=center != "none",
                             pad_mode="constant" if center == "zeros" else "reflect")
             options = f"--n-fft {fft_n} --hop-length {hop} --center {center}".split()
@@ -130,6 +130,8 @@ class Pipes(StreamTest):
                  ("s", "", wav_bytes(floats.astype(float))), ("s", "", wav_bytes(stereo.astype(np.int32) * 65536)),
                  ("s", "", wav_bytes(stereo, data_n=UNKNOWN, chunk=self.LIST)),
                  ("s", "", wav_bytes(stereo, data_n=0x7FFFF000)),
+                 ("s", "", b"RF64\xff\xff\xff\xffWAVEds64\x1c\0\0\0" + bytes(28)
+                  + wav_bytes(stereo, data_n=UNKNOWN)[12:]),
                  ("s", "", wav_bytes(stereo) + self.LIST),
                  ("s", "--rate 16000 --channels 2", floats.tobytes()),
                  ("m", "--rate 16000", arrays["1d"].getvalue()), ("s", "--rate 16000", arrays["2d"].getvalue()),
@@ -289,7 +291,8 @@ class Memory(StreamTest):
         second = noise(rate, 2).tobytes()
         for arguments in ("mel - -o - --db", "stft - -o - --power 2 --hop-length 512",
                           "resample - -o - --sample-rate 16000", "filter - -o - --b 1,-0.97",
-                          "resample - -o - --sample-rate 16000 --format npy"):
+                          "resample - -o - --sample-rate 16000 --format npy",
+                          "mfcc - -o - --n-mfcc 40 --hop-length 80", "stft - -o - --power 2 --picture x.png --force"):
             with self.subTest(arguments):
                 peak = self.peak_bytes(arguments, [head] + minutes * 60 * [second])
                 self.assertLess(peak, self.MOST)  # measured: 10 to 31 MB; the samples alone are 138 MB as floats

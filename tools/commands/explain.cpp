@@ -19,6 +19,7 @@ struct Options {
     ZeroPhaseSettings filtfilt;
     TrimSettings trim;
     int istft_fft_n = 512;
+    int coefficient_n = 20;
     int from_rate = 16000;
     int to_rate = 0;
     bool json = false;
@@ -81,6 +82,14 @@ Command add_explain_command(CLI::App& root) {
         return explain(settle(options->mel), options->mel.preset, options->from_rate);
     });
     add_mel_options(*topic, options->mel);
+
+    topic = add_topic("mfcc", "Mel-frequency cepstral coefficients", [=] {
+        const MelSettings mel = settle(options->mel);
+        check_coefficients(options->coefficient_n, mel);
+        return explain_mfcc(mel, options->mel.preset, options->from_rate, options->coefficient_n);
+    });
+    add_coefficient_option(*topic, options->coefficient_n);
+    add_band_options(*topic, options->mel);
 
     topic = add_topic("resample", "Another sample rate",
                       [=] { return explain_resample(options->from_rate, options->to_rate); });

@@ -127,12 +127,15 @@ Range write_features(const Job& job, const Table& table, const Change& finish,
                      const Change& decibels, Picture& picture, const PictureStyle& style) {
     std::optional<TableWriter> writer;
     if (job.ending == ".npy" || job.ending == ".csv") writer.emplace(job.output, job.ending, table);
+    picture.row_n = table.row_n();
+    picture.column_n = table.column_n();
+    if (is_drawn(job)) begin(picture, style);
     Range range;
     table.for_each_piece([&](std::vector<float>& cells) {
         if (is_drawn(job)) {
             std::vector<float> levels = cells;
             decibels(levels);
-            picture.cells.insert(picture.cells.end(), levels.begin(), levels.end());
+            add(picture, levels);
         }
         finish(cells);
         range.take(cells);
@@ -141,11 +144,6 @@ Range write_features(const Job& job, const Table& table, const Change& finish,
     if (writer) writer->commit();
     if (!is_drawn(job)) return range;
 
-    picture.row_n = table.row_n();
-    picture.column_n = table.column_n();
-    const auto [lowest, highest] = std::minmax_element(picture.cells.begin(), picture.cells.end());
-    picture.highest = *highest;
-    picture.lowest = *lowest;
     if (picture.lowest == picture.highest) {  // silence lies at its own maximum, but is to be dark
         picture.lowest = picture.highest - 80;
         std::fill(picture.cells.begin(), picture.cells.end(), picture.lowest);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
 #include "commands/command.h"
 #include "commands/features.h"
@@ -188,18 +189,22 @@ Report run(const MelSettings& mel, const Options& options, const Job& job) {
     return report;
 }
 
-// Cepstra of all frames at once, since every level depends on the largest.
+// The bands come first, since every level depends on the largest of them.
 Report run_mfcc(const MelSettings& mel, const Options& options, const Job& job) {
     SignalReader signal(job.input, options.batch.reading, mel.sample_rate);
     const Table bands = mel_spectrogram(mel, signal, job);
-    std::vector<float> levels;
-    bands.for_each_piece([&](const std::vector<float>& cells) {
-        levels.insert(levels.end(), cells.begin(), cells.end());
-    });
-    to_levels(levels, largest_of(levels), job.input);
+    float largest = 0;
+    bands.for_each_piece(
+        [&](const std::vector<float>& cells) { largest = largest_of(cells, largest); });
+    const CosineTransform transform(mel.mel_n, options.coefficient_n, job.input);
     Table table(static_cast<std::size_t>(options.coefficient_n), false, folder_of(job));
-    table.append(cepstra(levels, mel.mel_n, options.coefficient_n, job.input).data(),
-                 bands.column_n());
+    const auto block_n = static_cast<std::size_t>(frames_at_once(mel.frame));
+    for (std::size_t done = 0; done < bands.column_n(); done += block_n) {
+        const std::size_t frame_n = std::min(block_n, bands.column_n() - done);
+        std::vector<float> levels = bands.columns(done, frame_n);
+        to_levels(levels, largest, job.input);
+        table.append(transform(std::move(levels)).data(), frame_n);
+    }
     const Change nothing = [](std::vector<float>&) {};
     Picture none;
     const Range range = write_features(job, table, nothing, nothing, none, options.style);
@@ -222,20 +227,14 @@ Command add_mfcc_command(CLI::App& root) {
     const auto options = std::make_shared<Options>();
     BatchCommand command{"mfcc", {".npy", ".csv"}, true, false, {}};
     add_batch_options(*app, options->batch, command);
-    app->add_option("--n-mfcc", options->coefficient_n, "Coefficients, at most n-mels [20]")
-        ->check(at_least(1))
-        ->type_name("N");
+    add_coefficient_option(*app, options->coefficient_n);
     add_band_options(*app, options->mel);
     add_ratio_option(*app, options->batch.reading);
     add_examples(*app, {"mfcc speech.wav -o mfcc.npy", "mfcc speech.wav -o mfcc.csv --n-mfcc 13",
                         "mfcc recordings/ -o cepstra/ --preset librosa"});
     return {app, [=]() mutable {
                 const MelSettings mel = settle(options->mel);
-                if (options->coefficient_n > mel.mel_n)
-                    throw Failure(Exit::usage, "--n-mfcc",
-                                  std::to_string(options->coefficient_n) + " are too many",
-                                  "--n-mels " + std::to_string(mel.mel_n),
-                                  "lower --n-mfcc or raise --n-mels");
+                check_coefficients(options->coefficient_n, mel);
                 command.run = [&](const Job& job) { return run_mfcc(mel, *options, job); };
                 return run_batch(options->batch, command);
             }};

@@ -118,6 +118,13 @@ std::string c_offset_bands(const MelSettings& mel, int rate) {
            ";";
 }
 
+// mel in decibels of 1, and what makes them of those of the largest.
+std::string c_levels(const std::string& cell_n) {
+    return "\nfloat pair[2] = {1.0f, largest}; /* of mel */\n" +
+           call("sorvoAudioConvertPowerToDB", {"pair", "pair", "2", "-1.0f"}) + ";\n" +
+           call("sorvoAudioConvertPowerToDB", {"mel", "mel", cell_n, "80.0f"}) + ";\n";
+}
+
 std::string c_compression(const MelSettings& mel) {
     const std::string cell_n = std::to_string(mel.mel_n) + " * frame_n";
     if (mel.compression == Compression::log)
@@ -126,10 +133,7 @@ std::string c_compression(const MelSettings& mel) {
                call("sorvoAudioLog1p", {"mel", "mel", cell_n}) +
                ";\n/* where x[i] < 1, mel[i] = -mel[i] */";
     if (mel.compression == Compression::whisper)
-        return "\nfloat pair[2] = {1.0f, largest}; /* of mel */\n" +
-               call("sorvoAudioConvertPowerToDB", {"pair", "pair", "2", "-1.0f"}) + ";\n" +
-               call("sorvoAudioConvertPowerToDB", {"mel", "mel", cell_n, "80.0f"}) +
-               ";\n/* each mel[i] = (mel[i] + (pair[1] - pair[0]) + 40) / 40 */";
+        return c_levels(cell_n) + "/* each mel[i] = (mel[i] + (pair[1] - pair[0]) + 40) / 40 */";
     return "";
 }
 
@@ -235,6 +239,36 @@ Explanation explain(const MelSettings& mel, const std::string& preset, int sampl
                        keyword("mel_scale", word_of(mel_scale_choices, mel.mel_formula))}) +
                  "\nmel = transform(torch.from_numpy(y)).numpy()" + finished(mel, "sorvo_audio"),
              "rounding in single precision" + frames});
+    return result;
+}
+
+Explanation explain_mfcc(MelSettings mel, const std::string& preset, int sample_rate,
+                         int coefficient_n) {
+    mel.compression = Compression::none;
+    const std::string n = std::to_string(coefficient_n);
+    const std::string band_n = std::to_string(mel.mel_n);
+    const std::string row_n = std::to_string(mel.mel_n + 1);
+    Explanation result = explain(mel, preset, sample_rate);
+    for (Equivalent& equivalent : result) {
+        std::string& code = equivalent.code;
+        if (equivalent.name == "C")
+            code += c_levels(band_n + " * frame_n") +
+                    "/* each mel[i] += pair[1] - pair[0]; a row of zeros is added; basis, [" + n +
+                    "][" + row_n + "], holds\n   sqrt(k > 0 ? 2.0 / " + band_n + " : 1.0 / " +
+                    band_n + ") * cos(pi * k * (2 * i + 1) / " + std::to_string(2 * mel.mel_n) +
+                    "), and 0 for i = " + band_n + " */\n" +
+                    call("sorvoAudioConvertToMel", {"mfcc", "mel", "basis", row_n, "frame_n", n}) +
+                    ";";
+        else if (equivalent.name == "torchaudio")
+            code +=
+                "\nmel = torchaudio.functional.amplitude_to_DB(torch.from_numpy(mel), 10, 1e-10, "
+                "0, 80)\nmfcc = (mel.T @ torchaudio.functional.create_dct(" +
+                n + ", " + band_n + ", \"ortho\")).T.numpy()";
+        else if (equivalent.name == "librosa")
+            code += "\nmfcc = librosa.feature.mfcc(S=librosa.power_to_db(mel), n_mfcc=" + n + ")";
+        else
+            code += "\nmfcc = sorvo_audio.mfcc(S=sorvo_audio.power_to_db(mel), n_mfcc=" + n + ")";
+    }
     return result;
 }
 

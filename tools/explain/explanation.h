@@ -22,6 +22,8 @@ using Explanation = std::vector<Equivalent>;
 Explanation explain(const StftSettings& settings);
 Explanation explain(const IstftOptions& options, int fft_n);
 Explanation explain(const MelSettings& settings, const std::string& preset, int sample_rate);
+Explanation explain_mfcc(MelSettings settings, const std::string& preset, int sample_rate,
+                         int coefficient_n);
 Explanation explain_resample(int from_rate, int to_rate);
 Explanation explain(const FilterSettings& settings);
 Explanation explain(const ZeroPhaseSettings& settings);

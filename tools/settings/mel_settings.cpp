@@ -92,6 +92,19 @@ MelSettings settle(const MelOptions& options) {
     return settings;
 }
 
+void add_coefficient_option(CLI::App& app, int& coefficient_n) {
+    app.add_option("--n-mfcc", coefficient_n, "Coefficients, at most n-mels [20]")
+        ->check(at_least(1))
+        ->type_name("N");
+}
+
+void check_coefficients(int coefficient_n, const MelSettings& settings) {
+    if (coefficient_n > settings.mel_n)
+        throw Failure(Exit::usage, "--n-mfcc", std::to_string(coefficient_n) + " are too many",
+                      "--n-mels " + std::to_string(settings.mel_n),
+                      "lower --n-mfcc or raise --n-mels");
+}
+
 std::int64_t frame_count(const MelSettings& settings, std::int64_t sample_n) {
     if (sample_n < least_samples(settings)) return 0;
     const std::int64_t frame_n =

@@ -49,6 +49,11 @@ void add_mel_options(CLI::App& app, MelOptions& options);
 // together.
 MelSettings settle(const MelOptions& options);
 
+// Of cepstra, which `coefficient_n` is to hold.
+void add_coefficient_option(CLI::App& app, int& coefficient_n);
+// Throws a Failure where there are fewer bands.
+void check_coefficients(int coefficient_n, const MelSettings& settings);
+
 // Frames of a signal of `sample_n` samples; 0 if it is too short.
 std::int64_t frame_count(const MelSettings& settings, std::int64_t sample_n);
 

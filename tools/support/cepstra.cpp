@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 #include "support/failure.h"
 
@@ -32,17 +33,21 @@ std::vector<float> cosines(int band_n, int coefficient_n, const std::string& fil
 
 }  // namespace
 
-std::vector<float> cepstra(std::vector<float> levels, int band_n, int coefficient_n,
-                           const std::string& file) {
-    const std::vector<float> basis = cosines(band_n, coefficient_n, file);
-    const std::size_t frame_n = levels.size() / static_cast<std::size_t>(band_n);
+CosineTransform::CosineTransform(int band_n, int coefficient_n, std::string file)
+    : band_n_(band_n),
+      coefficient_n_(coefficient_n),
+      file_(std::move(file)),
+      basis_(cosines(band_n, coefficient_n, file_)) {}
+
+std::vector<float> CosineTransform::operator()(std::vector<float> levels) const {
+    const std::size_t frame_n = levels.size() / static_cast<std::size_t>(band_n_);
     // The library projects on fewer rows than it is given, so a band of zeros, with no weight, is
     // added.
     levels.resize(levels.size() + frame_n);
-    std::vector<float> result(static_cast<std::size_t>(coefficient_n) * frame_n);
-    check_status(sorvoAudioConvertToMel(result.data(), levels.data(), basis.data(), band_n + 1,
-                                        static_cast<int>(frame_n), coefficient_n),
-                 "sorvoAudioConvertToMel", file);
+    std::vector<float> result(static_cast<std::size_t>(coefficient_n_) * frame_n);
+    check_status(sorvoAudioConvertToMel(result.data(), levels.data(), basis_.data(), band_n_ + 1,
+                                        static_cast<int>(frame_n), coefficient_n_),
+                 "sorvoAudioConvertToMel", file_);
     return result;
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -94,6 +95,17 @@ class FrequencyAxis {
     bool is_logarithmic_;
 };
 
+// Pixels of the picture beside the plot, and above and below.
+constexpr int beside = 200;
+constexpr int above = 44;
+constexpr int below = 54;
+
+double plot_width(const Picture& picture, const PictureStyle& style) {
+    const double seconds = picture.seconds_per_column * static_cast<double>(picture.column_n);
+    return style.width > 0 ? style.width - beside
+                           : std::round(std::clamp(seconds * 200, 640.0, 1600.0));
+}
+
 struct Box {
     double left, top, width, height;
 };
@@ -120,16 +132,21 @@ class Canvas {
         cairo_surface_mark_dirty(surface_.get());
     }
 
-    // Text with the point (x, y) at the share (across, up) of its height and width.
-    void text(const std::string& text, double size, double x, double y, double across, double up,
-              bool upright = false) {
+    double width_of(const std::string& text, double size) {
         cairo_set_font_size(context_.get(), size);
         cairo_text_extents_t extents;
         cairo_text_extents(context_.get(), text.c_str(), &extents);
+        return extents.x_advance;
+    }
+
+    // Text with the point (x, y) at the share (across, up) of its height and width.
+    void text(const std::string& text, double size, double x, double y, double across, double up,
+              bool upright = false) {
+        const double width = width_of(text, size);
         cairo_save(context_.get());
         cairo_translate(context_.get(), x, y);
         if (upright) cairo_rotate(context_.get(), -std::acos(-1.0) / 2);
-        cairo_move_to(context_.get(), -across * extents.x_advance,
+        cairo_move_to(context_.get(), -across * width,
                       up * 0.73 * size);  // 0.73: height of a capital
         cairo_show_text(context_.get(), text.c_str());
         cairo_restore(context_.get());
@@ -175,6 +192,16 @@ class Canvas {
     std::unique_ptr<cairo_t, Destroy> context_;
 };
 
+// Text that is no wider than `width`, if need be without its end.
+std::string fitted(Canvas& canvas, std::string text, double size, double width) {
+    if (canvas.width_of(text, size) <= width) return text;
+    while (!text.empty() && canvas.width_of(text + "…", size) > width) {
+        while ((text.back() & 0xC0) == 0x80) text.pop_back();  // the rest of a character in UTF-8
+        text.pop_back();
+    }
+    return text + "…";
+}
+
 // Round values, evenly spaced, at most about `tick_n` of them.
 std::vector<double> even_ticks(double lowest, double highest, int tick_n) {
     const double rough = std::max(highest - lowest, 1e-9) / tick_n;
@@ -213,12 +240,10 @@ void draw_cells(Canvas& canvas, const Picture& picture, const FrequencyAxis& axi
     for (std::size_t y = 0; y < height; ++y) {
         const Span rows = axis.rows_under(height - 1 - y, height);
         for (std::size_t x = 0; x < width; ++x) {
-            // Of several cells the loudest shows, so that nothing short is lost.
-            const Span columns = cells_under(x, width, picture.column_n);
+            const std::size_t column = cells_under(x, width, picture.shown_n).first;
             float loudest = picture.lowest;
             for (std::size_t row = rows.first; row < rows.last; ++row)
-                for (std::size_t column = columns.first; column < columns.last; ++column)
-                    loudest = std::max(loudest, picture.cells[row * picture.column_n + column]);
+                loudest = std::max(loudest, picture.cells[row * picture.shown_n + column]);
             canvas.set_pixel(static_cast<std::size_t>(plot.left) + x,
                              static_cast<std::size_t>(plot.top) + y,
                              cell_colour(colours, picture, loudest));
@@ -232,7 +257,7 @@ void draw_time_axis(Canvas& canvas, const Picture& picture, const Box& plot) {
     const double left = picture.first_seconds - picture.seconds_per_column / 2;
     const double bottom = plot.top + plot.height;
     const bool in_minutes = span > 100;
-    const int tick_n = static_cast<int>(plot.width / 90);
+    const int tick_n = std::max(3, static_cast<int>(plot.width / 90));
     for (const double seconds : in_minutes ? minute_ticks(left, left + span, tick_n)
                                            : even_ticks(left, left + span, tick_n)) {
         const double x = plot.left + (seconds - left) / span * plot.width;
@@ -268,8 +293,9 @@ void draw_frequency_axis(Canvas& canvas, const Picture& picture, const Frequency
         canvas.text(short_number(tick), 13, plot.left - 9, y, 1, 0.5);
         lowest_free = y - 16;
     }
-    canvas.text(picture.frequency_label, 14, plot.left - 62, plot.top + plot.height / 2, 0.5, 0,
-                true);
+    const bool has_room = canvas.width_of(picture.frequency_label, 14) < plot.height + 2 * above;
+    canvas.text(has_room ? picture.frequency_label : "Hz", 14, plot.left - 62,
+                plot.top + plot.height / 2, 0.5, 0, true);
 }
 
 void draw_colour_bar(Canvas& canvas, const Picture& picture, const Colours& colours,
@@ -284,7 +310,8 @@ void draw_colour_bar(Canvas& canvas, const Picture& picture, const Colours& colo
     const auto lowest = static_cast<double>(picture.lowest);
     const auto highest = static_cast<double>(picture.highest);
     const double right = bar.left + bar.width;
-    for (const double level : even_ticks(lowest, highest, 8)) {
+    for (const double level :
+         even_ticks(lowest, highest, std::clamp(static_cast<int>(bar.height / 25), 2, 8))) {
         const double y = bar.top + bar.height * (highest - level) / (highest - lowest);
         canvas.line(right, y, right + 5, y);
         canvas.text(short_number(level) + " dB", 13, right + 9, y, 0, 0.5);
@@ -298,13 +325,7 @@ Pixels draw_with_axes(const Picture& picture, const PictureStyle& style) {
     const std::size_t row_height = (least + picture.row_n - 1) / picture.row_n;
     const double own_height =
         style.log_frequency ? 480 : static_cast<double>(std::min(row_height * picture.row_n, most));
-    const double seconds = picture.seconds_per_column * static_cast<double>(picture.column_n);
-    const double own_width = std::round(std::clamp(seconds * 200, 640.0, 1600.0));
-
-    constexpr int beside = 200;  // pixels of the picture beside the plot, and above and below
-    constexpr int above = 44;
-    constexpr int below = 54;
-    const Box plot{90, above, style.width > 0 ? style.width - beside : own_width,
+    const Box plot{90, above, plot_width(picture, style),
                    style.height > 0 ? style.height - above - below : own_height};
     const Box bar{plot.left + plot.width + 20, plot.top, 18, plot.height};
     Canvas canvas(static_cast<int>(plot.width) + beside,
@@ -315,23 +336,50 @@ Pixels draw_with_axes(const Picture& picture, const PictureStyle& style) {
     draw_time_axis(canvas, picture, plot);
     draw_frequency_axis(canvas, picture, axis, plot);
     draw_colour_bar(canvas, picture, colours, bar);
-    canvas.text(picture.title, 15, plot.left, plot.top - 16, 0, 0);
+    const double title_width = plot.width + beside - plot.left - 5;
+    canvas.text(fitted(canvas, picture.title, 15, title_width), 15, plot.left, plot.top - 16, 0, 0);
     return canvas.pixels();
 }
 
 Pixels draw_raw(const Picture& picture, const Colours& colours) {
     Pixels pixels;
-    pixels.width = picture.column_n;
+    pixels.width = picture.shown_n;
     pixels.height = picture.row_n;
     pixels.data.reserve(pixels.width * pixels.height);
     for (std::size_t row = picture.row_n; row-- > 0;)
-        for (std::size_t column = 0; column < picture.column_n; ++column)
+        for (std::size_t column = 0; column < picture.shown_n; ++column)
             pixels.data.push_back(
-                cell_colour(colours, picture, picture.cells[row * picture.column_n + column]));
+                cell_colour(colours, picture, picture.cells[row * picture.shown_n + column]));
     return pixels;
 }
 
 }  // namespace
+
+void begin(Picture& picture, const PictureStyle& style) {
+    picture.shown_n = picture.column_n;
+    if (!style.raw)
+        picture.shown_n =
+            std::min(picture.shown_n, static_cast<std::size_t>(plot_width(picture, style)));
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    picture.cells.assign(picture.row_n * picture.shown_n, -infinity);
+    picture.lowest = infinity;
+    picture.highest = -infinity;
+}
+
+void add(Picture& picture, const std::vector<float>& levels) {
+    for (const float level : levels) {
+        const std::size_t row = picture.added_n / picture.column_n;
+        const std::size_t column = picture.added_n % picture.column_n;
+        // The last pixel whose span begins at the column or before.
+        const std::size_t shown =
+            ((column + 1) * picture.shown_n + picture.column_n - 1) / picture.column_n - 1;
+        float& cell = picture.cells[row * picture.shown_n + shown];
+        cell = std::max(cell, level);
+        picture.lowest = std::min(picture.lowest, level);
+        picture.highest = std::max(picture.highest, level);
+        ++picture.added_n;
+    }
+}
 
 Pixels draw(const Picture& picture, const PictureStyle& style) {
     return style.raw ? draw_raw(picture, colours_of(style)) : draw_with_axes(picture, style);

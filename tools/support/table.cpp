@@ -55,6 +55,32 @@ void Table::drop_columns(std::size_t column_n) {
     column_n_ -= column_n;  // those beyond are passed over
 }
 
+void Table::read(const std::vector<Chunk>& chunks, std::uint64_t at, std::size_t n,
+                 float* dst) const {
+    if (&chunks == &chunks_)
+        std::copy_n(&memory_[at], n, dst);
+    else
+        spilled_->read(dst, n * sizeof(float), at * sizeof(float));
+}
+
+std::vector<float> Table::columns(std::size_t first, std::size_t column_n) const {
+    const std::size_t n = column_n * cell_n_;
+    const std::size_t begin = first * cell_n_;
+    std::vector<float> result(row_n_ * n);
+    std::size_t chunk_begin = 0;
+    for (const auto* chunks : {&spilled_chunks_, &chunks_})
+        for (const Chunk& chunk : *chunks) {
+            const std::size_t row_float_n = chunk.column_n * cell_n_;
+            const std::size_t from = std::max(begin, chunk_begin);
+            const std::size_t to = std::min(begin + n, chunk_begin + row_float_n);
+            for (std::size_t row = 0; from < to && row < row_n_; ++row)
+                read(*chunks, chunk.at + row * row_float_n + from - chunk_begin, to - from,
+                     &result[row * n + from - begin]);
+            chunk_begin += row_float_n;
+        }
+    return result;
+}
+
 void Table::for_each_piece(const Take& take) const {
     std::vector<float> cells;
     for (std::size_t row = 0; row < row_n_; ++row) {
@@ -66,12 +92,7 @@ void Table::for_each_piece(const Take& take) const {
                 left_n -= end;
                 for (std::size_t start = 0; start < end; start += piece_float_n) {
                     cells.resize(std::min(piece_float_n, end - start));
-                    const std::uint64_t at = chunk.at + row * row_float_n + start;
-                    if (chunks == &chunks_)
-                        std::copy_n(&memory_[at], cells.size(), cells.begin());
-                    else
-                        spilled_->read(cells.data(), cells.size() * sizeof(float),
-                                       at * sizeof(float));
+                    read(*chunks, chunk.at + row * row_float_n + start, cells.size(), cells.data());
                     take(cells);
                 }
             }

@@ -26,6 +26,9 @@ class Table {
     void append(const float* block, std::size_t column_n);  // [row_n][column_n]
     void drop_columns(std::size_t column_n);                // the last ones
 
+    // [row_n][column_n]
+    std::vector<float> columns(std::size_t first, std::size_t column_n) const;
+
     // The cells in order, row by row, in pieces that belong to one row.
     using Take = std::function<void(std::vector<float>& cells)>;
     void for_each_piece(const Take& take) const;
@@ -36,6 +39,8 @@ class Table {
         std::size_t column_n;
     };
     void spill();
+    // Floats from `at` on of the file or the memory, where `chunks` are.
+    void read(const std::vector<Chunk>& chunks, std::uint64_t at, std::size_t n, float* dst) const;
 
     std::size_t row_n_;
     std::size_t cell_n_;

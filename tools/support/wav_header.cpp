@@ -79,7 +79,9 @@ std::optional<WavHeader> read_wav_header(ByteSource& source) {
         if (length > most_header_n || source.peek(at + length).size() < at + length)
             return std::nullopt;
         if (name == "fmt ") header = parse_format(bytes, at, length);
-        if (name == "ds64" && length >= 16) long_data_n = number_at(bytes, at + 8, 8);
+        // 0 where a pipe left no way back to it.
+        if (name == "ds64" && length >= 16 && number_at(bytes, at + 8, 8) > 0)
+            long_data_n = number_at(bytes, at + 8, 8);
         at += length + length % 2;
     }
     return std::nullopt;
