@@ -32,7 +32,7 @@ def main():
         names = {re.sub(r"^sorvo_audio-[\d.]+\.dist-info", "dist-info", name) for name in archive.namelist()}
         problems += [f"{name} is missing" for name in CONTENTS - names]
         metadata = next(archive.read(name).decode() for name in archive.namelist() if name.endswith("/METADATA"))
-        for field in ("Project-URL:", "License:", "Requires-Dist: numpy", "# sorvo-audio for Python"):
+        for field in ("License:", "Requires-Dist: numpy", "# sorvo-audio for Python"):
             if field not in metadata:
                 problems.append(f"the metadata have no '{field}'")
         library = archive.extract("sorvo_audio/libsorvo_audio.so.0", folder)
