@@ -3,12 +3,14 @@ from __future__ import annotations
 
 import ctypes
 import pathlib
-from typing import Any
+from typing import Any, overload
 
 import numpy as np
 import numpy.typing as npt
 
 from . import native
+from ._arguments import real
+from ._types import Reals
 
 Hashes = npt.NDArray[np.uint64]
 
@@ -17,12 +19,27 @@ _SPECIALS = np.array([0x7FC00000, 0x7F800000, 0xFF800000, 0, 0x80000000, 0x7F7FF
 _BURST_LEVELS = np.array([1, 2**-5, 2**-12, 0], np.float32)
 
 
-def digest() -> dict[str, str]:
-    """Makes a fixed set of calls of every function and sums up each function's results in 16 digits.
+@overload
+def digest(x: Reals) -> str: ...
 
-    digest() -> digits[function]. Equal digits mean equal bits, where any NaN equals any other. The key ``"all"`` has one digest over the
-    others. ``sorvo-audio digest`` prints the same; ``docs/digests.txt`` says what they should be.
+
+@overload
+def digest() -> dict[str, str]: ...
+
+
+def digest(x: Reals | None = None) -> str | dict[str, str]:
+    """Sums up the bits of an array in 16 digits; without one, the results of a fixed set of calls of every function.
+
+    digest(x) -> digits; digest() -> digits[function]. Equal digits mean equal bits, where any NaN equals any other.
+
+    ``sorvo-audio mel`` and the other commands that write features report the digits of what they write, and the npm
+    package has the same function. Of the functions', the key ``"all"`` has one digest over the others, ``sorvo-audio
+    digest`` prints the same, and ``docs/digests.txt`` says what they should be.
     """
+    if x is not None:
+        total = _Sum()
+        total.add_floats(real("x", x, 0).ravel())
+        return f"{total.value:016x}"
     sums: dict[str, _Sum] = {}
     calls = pathlib.Path(__file__).with_name("digest_calls.txt").read_text()
     for line in calls.splitlines():

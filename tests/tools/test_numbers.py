@@ -1,5 +1,6 @@
 """The numbers that sorvo-audio writes, against NumPy, SciPy and properties of the operations."""
 import dataclasses
+import json
 import sys
 import unittest
 
@@ -86,6 +87,14 @@ class Features(ToolTest):
                         preset = dataclasses.replace(preset, compression=None)
                     made = self.make("mel", "speech.wav", "mel.npy", "--preset", name, *options, *linear)
                     np.testing.assert_array_equal(made, preset.features(x, pad_to_seconds=seconds))
+
+    def test_the_digest_is_that_of_the_python_package_and_of_these_values_in_this_order(self):
+        digest = json.loads(self.run_tool("mel", "speech.wav", "-o", "mel.npy", "--json")[0])["digest"]
+        mel = np.load("mel.npy")
+        self.assertEqual(digest, sorvo_audio.digest(mel))
+        changed = mel.copy()
+        changed[3, 7] = np.nextafter(mel[3, 7], np.float32(1))
+        self.assertEqual(len({digest, sorvo_audio.digest(changed), sorvo_audio.digest(mel[:, ::-1])}), 3)
 
     def test_mfcc_are_those_of_the_python_package(self):
         y = read_wav("speech.wav")[1].astype(np.float32)

@@ -102,6 +102,7 @@ void Range::take(const std::vector<float>& cells) {
             peak_ = value_n_;
         }
         sum_ += static_cast<double>(value);
+        digest_.add(value);
         not_finite_n_ += !std::isfinite(value);
         ++value_n_;
     }
@@ -109,6 +110,7 @@ void Range::take(const std::vector<float>& cells) {
 
 void Range::describe(Report& report, bool with_numbers) const {
     if (not_finite_n_ > 0) report.defects.push_back(counted(not_finite_n_, "value") + " written");
+    report.facts.add("digest", digits_of(digest_));
     if (!with_numbers) return;
     report.facts.add("minimum", static_cast<double>(lowest_));
     report.facts.add("maximum", static_cast<double>(highest_));

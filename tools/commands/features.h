@@ -9,6 +9,7 @@
 
 #include "blocks/frame_cutter.h"
 #include "blocks/resampler.h"
+#include "digest/sum.h"
 #include "settings/frame_settings.h"
 #include "support/batch.h"
 #include "support/picture.h"
@@ -62,12 +63,12 @@ class Decibels {
 // Squares of magnitudes that have been raised to `power`.
 Change powers_of(float power);
 
-// The smallest, largest and mean value, and where the largest is.
+// The smallest, largest and mean value, where the largest is, and the digest of all.
 class Range {
   public:
     void take(const std::vector<float>& cells);
 
-    // `with_numbers`: not only whether all are finite.
+    // `with_numbers`: not only whether all are finite, and the digest.
     void describe(Report& report, bool with_numbers) const;
     std::size_t peak() const { return peak_; }
 
@@ -75,6 +76,7 @@ class Range {
     float lowest_ = 0;
     float highest_ = 0;
     double sum_ = 0;
+    Sum digest_;
     std::size_t value_n_ = 0;
     std::size_t peak_ = 0;
     std::size_t not_finite_n_ = 0;

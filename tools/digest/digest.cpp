@@ -12,28 +12,15 @@
 #include <stdexcept>
 #include <utility>
 
+#include "digest/sum.h"
+
 namespace sorvo_tool {
 namespace {
-
-// The finaliser of SplitMix64.
-std::uint64_t mix(std::uint64_t x) {
-    x += 0x9E3779B97F4A7C15U;
-    x = (x ^ (x >> 30U)) * 0xBF58476D1CE4E5B9U;
-    x = (x ^ (x >> 27U)) * 0x94D049BB133111EBU;
-    return x ^ (x >> 31U);
-}
 
 float float_of(std::uint32_t bits) {
     float value = 0.0F;
     std::memcpy(&value, &bits, sizeof(value));
     return value;
-}
-
-// All NaN are one value: their sign and payload are the processor's own.
-std::uint32_t bits_of(float value) {
-    std::uint32_t bits = 0x7FC00000U;
-    if (!std::isnan(value)) std::memcpy(&bits, &value, sizeof(bits));
-    return bits;
 }
 
 double number(const std::string& text) {
@@ -177,27 +164,17 @@ const std::map<std::string, Function>& functions() {
     return all;
 }
 
-// The sum over all values of a function's calls, each mixed with its position.
-class Sum {
-  public:
-    void add(std::uint32_t bits) { sum_ += mix(position_++ << 32U | bits); }
-    void add(const Argument& output) {
-        if (!output.array) return add(static_cast<std::uint32_t>(output.integer));
-        for (const float value : *output.array) add(bits_of(value));
-    }
-    std::uint64_t value() const { return sum_; }
-
-  private:
-    std::uint64_t position_ = 0;
-    std::uint64_t sum_ = 0;
-};
+void add(Sum& sum, const Argument& output) {
+    if (!output.array) return sum.add(static_cast<std::uint32_t>(output.integer));
+    for (const float value : *output.array) sum.add(value);
+}
 
 void add_call(Sum& sum, const std::string& name, std::istringstream& words) {
     std::vector<Argument> arguments;
     for (std::string word; words >> word;) arguments.push_back(make_argument(word, arguments));
     sum.add(static_cast<std::uint32_t>(functions().at(name)(arguments)));
     for (const Argument& argument : arguments)
-        if (argument.output) sum.add(argument);
+        if (argument.output) add(sum, argument);
 }
 
 }  // namespace
