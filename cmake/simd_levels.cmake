@@ -4,7 +4,6 @@ option(SORVO_AUDIO_GENERIC "Compile the generic level alone, whatever the proces
 
 set(sorvo_flags_avx2 -mavx2 -mfma)
 set(sorvo_flags_avx512 -mavx512f -mavx512bw -mavx512dq -mavx512vl)
-set(sorvo_flags_simd128 -msimd128)
 
 if(SORVO_AUDIO_GENERIC)
     set(SORVO_SIMD_LEVELS generic)
@@ -14,6 +13,7 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64|ARM64)$")
     set(SORVO_SIMD_LEVELS neon)
 elseif(EMSCRIPTEN)
     set(SORVO_SIMD_LEVELS simd128)
+    target_compile_options(sorvo_numeric INTERFACE -msimd128)  # a module has one level throughout
 else()
     set(SORVO_SIMD_LEVELS generic)
 endif()

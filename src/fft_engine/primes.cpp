@@ -10,9 +10,9 @@ std::vector<bool> sieve_primes(unsigned n) {
     is_prime[0] = false;
     if (n >= 1) is_prime[1] = false;
     for (std::uint64_t i = 2; i * i <= n; ++i) {
-        if (!is_prime[i]) continue;
+        if (!is_prime[static_cast<std::size_t>(i)]) continue;
         for (std::uint64_t multiple = 2 * i; multiple <= n; multiple += i) {
-            is_prime[multiple] = false;
+            is_prime[static_cast<std::size_t>(multiple)] = false;
         }
     }
     return is_prime;

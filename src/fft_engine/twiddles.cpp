@@ -47,7 +47,8 @@ std::vector<std::complex<float>> calc_chirp(unsigned n) {
     std::vector<std::complex<float>> chirp(n);
     const std::uint64_t period = 2 * std::uint64_t{n};
     for (std::uint64_t k = 0; k < n; ++k) {
-        chirp[k] = calc_w_entry(k * k % period, period, Direction::forward);
+        chirp[static_cast<std::size_t>(k)] =
+            calc_w_entry(k * k % period, period, Direction::forward);
     }
     return chirp;
 }

@@ -141,7 +141,7 @@ void inverse_spectrogram_plain(float* dst, int max_sample_n, const Synthesis& sy
     const std::uint64_t offset = synthesis.center != 0 ? static_cast<std::uint64_t>(fft_n) / 2 : 0;
     const auto n = std::min(length, static_cast<std::uint64_t>(max_sample_n));
     for (std::uint64_t i = 0; i < n; ++i) {
-        dst[i] = i + offset < length ? sum[2 * (i + offset)] : 0.0F;
+        dst[i] = i + offset < length ? sum[static_cast<std::size_t>(2 * (i + offset))] : 0.0F;
     }
 }
 

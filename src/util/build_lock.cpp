@@ -7,26 +7,32 @@
 
 #include <array>
 #include <cstddef>
-#include <type_traits>
+#include <new>
 
 namespace sorvo::audio {
 namespace {
 
 using Mutexes = std::array<std::mutex, static_cast<std::size_t>(Cache::resample) + 1>;
-static_assert(std::is_trivially_destructible_v<Mutexes>, "tables are built during exit, too");
-Mutexes mutexes;
+
+/// Constructed by the first use, which may be before main(), and never destroyed: tables are built
+/// during exit, too.
+Mutexes& mutexes() {
+    alignas(Mutexes) static std::byte storage[sizeof(Mutexes)];
+    static Mutexes* const all = new (storage) Mutexes;
+    return *all;
+}
 
 #ifdef SORVO_AUDIO_HAS_FORK
 
 // No thread holds two of the locks but the one that forks, which takes all of them in this order.
 void lock_all() {
-    for (std::mutex& mutex : mutexes) {
+    for (std::mutex& mutex : mutexes()) {
         mutex.lock();
     }
 }
 
 void unlock_all() {
-    for (std::mutex& mutex : mutexes) {
+    for (std::mutex& mutex : mutexes()) {
         mutex.unlock();
     }
 }
@@ -48,6 +54,6 @@ bool call_in_forked_child(void (*function)()) {
 #endif
 }
 
-BuildLock::BuildLock(Cache cache) : lock_(mutexes[static_cast<std::size_t>(cache)]) {}
+BuildLock::BuildLock(Cache cache) : lock_(mutexes()[static_cast<std::size_t>(cache)]) {}
 
 }  // namespace sorvo::audio
