@@ -3,7 +3,7 @@
 # processors, the fuzzer, and all kinds of packages.
 set -eu
 cd "$(dirname "$0")/.."
-for check in style subproject sanitizers memory baseline fuzz shared-object packages wheel; do
+for check in style subproject sanitizers memory baseline fuzz shared-object packages wheel js; do
     echo "=== scripts/check-$check.sh"
     "scripts/check-$check.sh"
 done

@@ -7,3 +7,5 @@ wheel_packages="g++ cmake ninja-build binutils python3-pip python3-setuptools py
 test_packages="$build_packages gcc libgtest-dev mypy python3 python3-dask python3-distributed python3-numpy
 python3-scipy python3-soundfile python3-torchaudio python3-tqdm"
 recording_packages="espeak-ng sox"
+# The npm package and the web page; npm is in Node.js' package where that is not Debian's own.
+js_packages="$build_packages emscripten nodejs chromium python3 python3-numpy python3-soundfile"

@@ -1,0 +1,37 @@
+// Whisper's mel spectrogram of 30 s (windows of 400 every 160 samples, 80 bands): this package beside transformers.js,
+// and how far their numbers lie apart. `npm install --no-save @huggingface/transformers` first.
+import { loadSorvoAudio } from "sorvo-audio";
+
+const sr = 16000;
+const y = Float32Array.from({ length: 30 * sr }, (_, i) =>
+    0.4 * Math.sin(2 * Math.PI * (200 + i / 200) * i / sr) + 0.05 * Math.sin(i * i));
+
+/** The median of the milliseconds that a call takes. */
+async function median(call, repetitions) {
+    const times = [];
+    for (let i = 0; i < repetitions + 3; ++i) {
+        const begin = performance.now();
+        await call();
+        times.push(performance.now() - begin);
+    }
+    return times.slice(3).sort((a, b) => a - b)[Math.floor(repetitions / 2)];
+}
+
+const options = { sr, nFft: 400, hopLength: 160, nMels: 80 };
+let ours;
+for (const variant of ["simd128", "plain"]) {
+    const sorvo = await loadSorvoAudio({ variant });
+    console.log(`sorvo-audio, ${variant}: ${(await median(() => sorvo.melSpectrogram(y, options), 101)).toFixed(2)} ms`);
+    ours = sorvo.melSpectrogram(y, options);
+}
+
+const { mel_filter_bank, spectrogram, window_function } =
+    await import(new URL("../node_modules/@huggingface/transformers/src/utils/audio.js", import.meta.url));
+const bank = mel_filter_bank(201, 80, 0, 8000, sr, "slaney", "slaney");
+const window = window_function(400, "hann");
+const theirs = () => spectrogram(y, window, 400, 160, { power: 2, mel_filters: bank });
+console.log(`transformers.js: ${(await median(theirs, 11)).toFixed(2)} ms`);
+const { data, dims } = await theirs();
+const largest = ours.data.reduce((a, b) => Math.max(a, b));
+const difference = ours.data.reduce((most, value, i) => Math.max(most, Math.abs(value - data[i])), 0);
+console.log(`${dims} and ${ours.shape}; the largest difference is ${(difference / largest).toExponential(1)} of the largest value`);

@@ -1,0 +1,26 @@
+#!/bin/sh
+# The npm package: builds both WebAssembly modules, runs the tests in Node.js, and those of the page of examples/web in
+# Chromium, beside a native library whose elementary functions are its own.
+#
+#   scripts/check-js.sh           everything
+#   scripts/check-js.sh build     the package and the page alone
+set -eu
+cd "$(dirname "$0")/.."
+. scripts/packages.sh
+# shellcheck disable=SC2086,SC2154
+scripts/install-packages.sh $js_packages
+command -v npm >/dev/null || scripts/install-packages.sh npm  # some packages of Node.js have it inside
+
+for preset in wasm wasm-plain; do
+    cmake --preset "$preset" >/dev/null
+    cmake --build --preset "$preset" --target sorvo_audio_module
+done
+(cd js && npm ci --no-audit --no-fund --silent && npm run --silent build)
+node examples/web/build.mjs
+[ "${1-}" != build ] || exit 0
+
+cmake -S . -B build/js-native -G Ninja -DSORVO_AUDIO_MATH=own -DSORVO_AUDIO_BUILD_TESTS=OFF >/dev/null
+cmake --build build/js-native --target sorvo_audio sorvo-audio
+export SORVO_AUDIO_TOOL="$PWD/build/js-native/tools/sorvo-audio"
+export SORVO_AUDIO_LIBRARY="$PWD/build/js-native/src/libsorvo_audio.so.0"
+(cd js && npm test)
