@@ -1,5 +1,5 @@
 # Short names for the scripts; each of them starts from a fresh clone.
-.PHONY: demo test bench clean
+.PHONY: demo test bench web clean
 
 demo:
 	@scripts/demo.sh
@@ -9,6 +9,9 @@ test:
 
 bench:
 	@scripts/bench.sh
+
+web:
+	@scripts/web.sh
 
 clean:
 	rm -rf build
