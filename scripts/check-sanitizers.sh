@@ -4,7 +4,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh clang libclang-rt-14-dev
-cmake --preset asan -DSORVO_AUDIO_BUILD_TOOLS=OFF >/dev/null
+cmake --preset asan >/dev/null
 cmake --build --preset asan
 ctest --preset asan -j2
 cmake --preset tsan -DSORVO_AUDIO_BUILD_TOOLS=OFF >/dev/null

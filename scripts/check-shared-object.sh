@@ -7,11 +7,10 @@ set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh abigail-tools binutils
 
-# Types are read from debug information.
-cmake --preset release -B build/abi "-DCMAKE_CXX_FLAGS=-g -ffile-prefix-map=$PWD=." -DSORVO_AUDIO_BUILD_TESTS=OFF \
-    -DSORVO_AUDIO_BUILD_TOOLS=OFF >/dev/null
-cmake --build build/abi >/dev/null
-library=build/abi/src/libsorvo_audio.so
+cmake --preset release >/dev/null
+cmake --build --preset release --target sorvo_audio sorvo-audio
+library=build/release/src/libsorvo_audio.so
+mkdir -p build/abi
 failed=0
 fail() {
     echo "check-shared-object: $1" >&2
@@ -37,18 +36,20 @@ readelf -lW "$library" | grep -q 'GNU_RELRO' || fail "no RELRO"
 readelf -d "$library" | grep -q 'BIND_NOW' || fail "symbols are bound lazily, so RELRO is partial"
 nm -D "$library" | grep -q '__stack_chk_fail' || fail "no stack protector"
 for flag in -D_FORTIFY_SOURCE=2 -fstack-clash-protection -fcf-protection; do
-    grep -q -e "$flag" build/abi/build.ninja || fail "built without $flag"
+    grep -q -e "$flag" build/release/build.ninja || fail "built without $flag"
 done
 
-cmake --preset release -DSORVO_AUDIO_BUILD_TOOLS=ON >/dev/null
-cmake --build --preset release --target sorvo-audio >/dev/null
 readelf -dW build/release/tools/sorvo-audio | grep -q 'FLAGS_1.*NOW.*PIE' ||
     fail "the tool is at a fixed address, or binds symbols lazily"
 
+# Types are read from debug information, and do not depend on the level.
+cmake --preset debug -B build/abi "-DCMAKE_CXX_FLAGS=-ffile-prefix-map=$PWD=." -DSORVO_AUDIO_GENERIC=ON \
+    -DSORVO_AUDIO_BUILD_TESTS=OFF -DSORVO_AUDIO_BUILD_TOOLS=OFF >/dev/null
+cmake --build build/abi
 abi=cmake/sorvo_audio.abi
 abidw --no-corpus-path --no-comp-dir-path --no-show-locs --exported-interfaces-only \
     --drop-private-types --headers-dir include \
-    --out-file build/abi/sorvo_audio.abi "$library"
+    --out-file build/abi/sorvo_audio.abi build/abi/src/libsorvo_audio.so
 if [ "${1-}" = --update-abi ]; then
     cp build/abi/sorvo_audio.abi "$abi"
 fi

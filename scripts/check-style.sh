@@ -9,7 +9,16 @@ scripts/check-format.sh
 cmake --preset clang -DSORVO_AUDIO_BUILD_TOOLS=OFF >/dev/null
 cmake --build --preset clang
 ctest --preset clang -E 'robustness|install|docs|python'
-run-clang-tidy -quiet -p build/clang "$PWD/src/.*" >build/clang/tidy.log 2>&1 || {
+
+# Kernels are compiled once per level; one of the levels shows what there is to see.
+mkdir -p build/clang/tidy
+python3 - <<'END'
+import json
+commands = json.load(open("build/clang/compile_commands.json"))
+once = {command["file"]: command for command in commands if "SORVO_LEVEL=avx512" not in command["command"]}
+json.dump(list(once.values()), open("build/clang/tidy/compile_commands.json", "w"))
+END
+run-clang-tidy -quiet -p build/clang/tidy "$PWD/src/.*" >build/clang/tidy.log 2>&1 || {
     grep -E 'warning:|error:' build/clang/tidy.log >&2
     exit 1
 }
