@@ -238,10 +238,13 @@ class BatchTransform {
         const std::size_t output_n = all ? n : n / 2 + 1;
         const std::size_t step = plan_.n / n;
         const FftStage stage = {n, 1, step, nullptr};
-        DirectRoots<factor> w(plan_, stage);
+        // For every product of a sum of seven compilers would put aside more than 4 KiB of vectors.
+        constexpr bool too_many = factor == 7 && products == Products::literal;
+        constexpr std::size_t code = too_many ? any_factor : factor;
+        DirectRoots<code> w(plan_, stage);
         for (std::size_t i = 0; i < count; ++i) {
             const std::size_t start = plan_.base_starts[first + i];
-            Column<factor>::template transform<products, true>(
+            Column<code>::template transform<products, true>(
                 one_, w, scratch_, n, output_n,
                 [&](std::size_t s) {
                     const Value value = input_(start + s * step);

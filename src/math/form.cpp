@@ -57,12 +57,12 @@ bool same(float a, float b) {
 /// which argument() makes of random bits. A result has dst_n floats.
 template <std::size_t dst_n, std::size_t src_n, class Argument>
 [[gnu::noinline]] bool agrees(Kernel kernel, Kernel called, Argument argument) {
-    constexpr std::size_t chunk_n = 256;
+    constexpr std::size_t chunk_n = 128;
     std::array<float, src_n * chunk_n> src;
     std::array<float, dst_n * chunk_n> got;
     std::array<float, dst_n * chunk_n> expected;
     std::uint32_t bits = 1;
-    for (int chunk = 0; chunk < 16; ++chunk) {
+    for (int chunk = 0; chunk < 32; ++chunk) {
         for (float& x : src) {
             bits ^= bits << 13;  // George Marsaglia's xorshift
             bits ^= bits >> 17;
