@@ -29,6 +29,8 @@ bool any_faint(const T* x, std::size_t n) {
     return any;
 }
 
+#if defined(__SIZEOF_INT128__)
+
 /// c x, with its bits, by whole numbers where a denormal number turns up: these are multiples of
 /// 2^-1074, and their bits are the multiple.
 [[gnu::noinline]] inline double faint_product(double c, double x) {
@@ -75,6 +77,14 @@ bool any_faint(const T* x, std::size_t n) {
     std::memcpy(&result, &multiple, sizeof result);
     return result;
 }
+
+#else
+
+inline double faint_product(double c, double x) {
+    return c * x;
+}
+
+#endif
 
 /// The same, in less time for most numbers.
 inline double product(double c, double x) {
