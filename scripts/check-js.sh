@@ -15,7 +15,7 @@ for preset in wasm wasm-plain; do
     cmake --preset "$preset" >/dev/null
     cmake --build --preset "$preset" --target sorvo_audio_module
 done
-(cd js && npm ci --no-audit --no-fund --silent && npm run --silent build)
+(cd js && npm install --no-package-lock --no-audit --no-fund --loglevel=error && npm run --silent build)
 node examples/web/build.mjs
 [ "${1-}" != build ] || exit 0
 
@@ -23,4 +23,17 @@ cmake -S . -B build/js-native -G Ninja -DSORVO_AUDIO_MATH=own -DSORVO_AUDIO_BUIL
 cmake --build build/js-native --target sorvo_audio sorvo-audio
 export SORVO_AUDIO_TOOL="$PWD/build/js-native/tools/sorvo-audio"
 export SORVO_AUDIO_LIBRARY="$PWD/build/js-native/src/libsorvo_audio.so.0"
-(cd js && npm test)
+results=$PWD/build/js-tests.tap
+status=0
+(cd js && npm test --silent -- --test-reporter=tap) >"$results" || status=$?
+grep -E "^ *((not )?ok|# (tests|pass|fail|skipped)) " "$results"
+[ "$status" -eq 0 ] || cat "$results" >&2
+
+# As the rows of the other ports: target, level, compiler, tests of this level, digest.
+for level in simd128 plain; do
+    digest=DIFFERS
+    ! grep -q "^ *ok .* digests of $level\$" "$results" || digest=equal
+    printf '%-8s  %-16s  %-35s  %-7s  %s\n' wasm32 "$level" "emscripten $(emcc -dumpversion)" \
+        "$(grep -c "^ *ok .*$level\$" "$results")/$(grep -cE "^ *(not )?ok .*$level\$" "$results")" "$digest"
+done
+exit "$status"

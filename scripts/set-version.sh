@@ -15,7 +15,6 @@ sed -i -E "s/(VERSION_MAJOR) [0-9]+/\1 ${minor%.*}/; s/(VERSION_MINOR) [0-9]+/\1
     s/(VERSION_PATCH) [0-9]+/\1 ${version##*.}/" include/sorvo_audio.h
 sed -i -E "s/^__version__ = .*/__version__ = \"$version\"/" python/sorvo_audio/__init__.py
 sed -i -E "1,/\"version\"/s/(\"version\": )\"[0-9.]+\"/\1\"$version\"/" js/package.json
-sed -i -E "1,/\"license\"/s/(\"version\": )\"[0-9.]+\"/\1\"$version\"/" js/package-lock.json
 sed -i -E "1s/sorvo-audio [0-9.]+/sorvo-audio $version/" docs/man/sorvo-audio.1
 sed -i -E "s/(find_package\(sorvo_audio) [0-9.]+/\1 $minor/" tests/install/consumer/CMakeLists.txt
 # Debian's changelog has an entry per version; what changed is in ours.

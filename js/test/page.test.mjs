@@ -44,7 +44,7 @@ before(async () => {
     if (skip) return;
     browser = await chromium.launch({ executablePath, args: ["--no-sandbox", "--use-fake-ui-for-media-stream",
         "--use-fake-device-for-media-stream", `--use-file-for-fake-audio-capture=${speech}`] });
-    page = await browser.newPage({ viewport: { width: 1280, height: 900 }, deviceScaleFactor: 1.5, offline: true });
+    page = await browser.newPage({ viewport: { width: 1280, height: 960 }, deviceScaleFactor: 1.5, offline: true });
     page.on("pageerror", (error) => faults.push(error.message));
     page.on("request", (request) => { if (!/^(file|blob|data):/.test(request.url())) faults.push(request.url()); });
     await page.goto(pathToFileURL(page_).href);
