@@ -25,7 +25,7 @@ export SORVO_AUDIO_TOOL="$PWD/build/js-native/tools/sorvo-audio"
 export SORVO_AUDIO_LIBRARY="$PWD/build/js-native/src/libsorvo_audio.so.0"
 results=$PWD/build/js-tests.tap
 status=0
-(cd js && npm test --silent -- --test-reporter=tap) >"$results" || status=$?
+(cd js && npm test --silent) >"$results" || status=$?
 grep -E "^ *((not )?ok|# (tests|pass|fail|skipped)) " "$results"
 [ "$status" -eq 0 ] || cat "$results" >&2
 
