@@ -1,10 +1,9 @@
 // Every argument check of every export: its status, its message, its place in the order, and that
 // the outputs stay as they were.
 //
-// No exception leaves the library, so messages are read where they are thrown: this program puts a
-// __cxa_throw of its own in front of the runtime's.
+// No exception leaves the library, so messages are read where they are thrown: the linker puts this
+// program's __wrap___cxa_throw in front of the runtime's function.
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -26,17 +25,17 @@ std::string thrown = nothing_thrown;
 
 }  // namespace
 
-// Compilers disagree on the declaration of this function, so it goes by another name here.
-extern "C" [[noreturn]] void record_and_throw(void* object, std::type_info* type,
-                                              void (*destructor)(void*)) __asm__("__cxa_throw");
+using Destructor = void (*)(void*);
+extern "C" {
+[[noreturn]] void __real___cxa_throw(void* object, std::type_info* type, Destructor destructor);
+[[noreturn]] void __wrap___cxa_throw(void* object, std::type_info* type, Destructor destructor);
+}
 
-void record_and_throw(void* object, std::type_info* type, void (*destructor)(void*)) {
+void __wrap___cxa_throw(void* object, std::type_info* type, Destructor destructor) {
     if (*type == typeid(sorvo::audio::SorvoInvalidArgument)) {
         thrown = static_cast<sorvo::audio::SorvoInvalidArgument*>(object)->what();
     }
-    using Throw = void (*)(void*, std::type_info*, void (*)(void*));
-    reinterpret_cast<Throw>(dlsym(RTLD_NEXT, "__cxa_throw"))(object, type, destructor);
-    __builtin_unreachable();
+    __real___cxa_throw(object, type, destructor);
 }
 
 namespace {

@@ -1,10 +1,16 @@
-# Compares the names that the shared library exports with those that the header declares.
+# Compares the names that the shared library exports with those that the header declares. For Windows LIBRARY is the
+# import library, whose own names begin with an underscore.
 cmake_minimum_required(VERSION 3.22)
 
-execute_process(COMMAND "${NM}" -D --defined-only --format=posix "${LIBRARY}"
+if(LIBRARY MATCHES "\\.dll\\.a$")
+    set(kind --extern-only)
+else()
+    set(kind -D)
+endif()
+execute_process(COMMAND "${NM}" ${kind} --defined-only --format=posix "${LIBRARY}"
     OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
-string(REGEX MATCHALL "[^ \n]+ [A-Za-z] [^\n]*" lines "${symbols}")
-list(TRANSFORM lines REPLACE " .*" "" OUTPUT_VARIABLE exported)
+string(REGEX MATCHALL "(^|\n)[^_ \n][^ \n]* [A-Za-z] [^\n]*" lines "${symbols}")
+list(TRANSFORM lines REPLACE "^\n| .*" "" OUTPUT_VARIABLE exported)
 
 file(READ "${HEADER}" text)
 string(REGEX MATCHALL "SORVO_AUDIO_API int sorvoAudio[A-Za-z0-9]+" declarations "${text}")
