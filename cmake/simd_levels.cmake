@@ -18,6 +18,9 @@ else()
     set(SORVO_SIMD_LEVELS generic)
 endif()
 
+list(JOIN SORVO_SIMD_LEVELS " " level_names)
+message(STATUS "levels: ${level_names}")
+
 set(sorvo_kernel_objects)
 set(sorvo_kernel_targets)
 foreach(level IN LISTS SORVO_SIMD_LEVELS)

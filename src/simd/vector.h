@@ -102,7 +102,8 @@ SORVO_INLINE unsigned lane_bits(Mask mask) {
     return bits;
 }
 
-#if defined(__FMA__) || defined(__AVX512F__) || defined(__aarch64__)
+#if (defined(__FMA__) || defined(__AVX512F__) || defined(__aarch64__)) && \
+    !defined(SORVO_AUDIO_GENERIC)
 constexpr bool has_fused_multiply = true;
 #else
 constexpr bool has_fused_multiply = false;
@@ -190,7 +191,9 @@ SORVO_INLINE DoubleVec rounded_to(DoubleVec value) {
 
 }  // namespace sorvo::audio::SORVO_LEVEL
 
-#if defined(__SSE2__)
+#if defined(SORVO_AUDIO_GENERIC)
+// The templates alone.
+#elif defined(__SSE2__)
 #include "simd/x86.h"
 #elif defined(__aarch64__)
 #include "simd/neon.h"
