@@ -8,7 +8,7 @@ scripts/install-packages.sh clang clang-format clang-tidy doxygen python3 shellc
 scripts/check-format.sh
 cmake --preset clang -DSORVO_AUDIO_BUILD_TOOLS=OFF >/dev/null
 cmake --build --preset clang
-ctest --preset clang -E 'robustness|install|docs|python'
+ctest --preset clang -j2 -R '^(math|fft|mel|filter)_' -E sse2
 
 # Kernels are compiled once per level; one of the levels shows what there is to see.
 mkdir -p build/clang/tidy
