@@ -39,8 +39,8 @@ bool any_faint(const T* x, std::size_t n) {
     constexpr std::uint64_t implicit = std::uint64_t{1} << mantissa_n;
     constexpr std::uint64_t sign = std::uint64_t{1} << 63U;
     constexpr int not_finite = 0x7ff;
-    std::uint64_t c_bits;
-    std::uint64_t x_bits;
+    std::uint64_t c_bits = 0;
+    std::uint64_t x_bits = 0;
     std::memcpy(&c_bits, &c, sizeof c);
     std::memcpy(&x_bits, &x, sizeof x);
     const auto exponent = [](std::uint64_t bits) {
@@ -67,13 +67,13 @@ bool any_faint(const T* x, std::size_t n) {
             Wide{mantissa(c_bits, c_exponent > 0)} * mantissa(x_bits, x_exponent > 0);
         const Wide odd = exact >> shift & 1U;  // ties go to even numbers
         const Wide rounded = (exact + (Wide{1} << (shift - 1)) - 1 + odd) >> shift;
-        if (rounded > 2 * implicit) {
+        if (rounded > Wide{2} * implicit) {
             return c * x;  // not each multiple is a double
         }
         multiple = static_cast<std::uint64_t>(rounded);
     }
     multiple |= (c_bits ^ x_bits) & sign;
-    double result;
+    double result = 0.0;
     std::memcpy(&result, &multiple, sizeof result);
     return result;
 }
