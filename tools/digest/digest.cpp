@@ -2,13 +2,13 @@
 
 #include <sorvo_audio.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <map>
 #include <memory>
-#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -21,6 +21,17 @@ float float_of(std::uint32_t bits) {
     float value = 0.0F;
     std::memcpy(&value, &bits, sizeof(value));
     return value;
+}
+
+// Without streams, which the C++ runtime does not have wherever the library runs.
+std::vector<std::string> split(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    for (std::size_t first = 0; first < text.size();) {
+        const std::size_t end = std::min(text.find(separator, first), text.size());
+        if (end > first) parts.push_back(text.substr(first, end - first));
+        first = end + 1;
+    }
+    return parts;
 }
 
 double number(const std::string& text) {
@@ -103,8 +114,7 @@ Argument make_argument(const std::string& text, const std::vector<Argument>& bef
         argument.output = true;
     } else if (kind.front() == '[') {
         argument.array = std::make_shared<std::vector<float>>();
-        std::istringstream values(kind.substr(1, kind.size() - 2));
-        for (std::string value; std::getline(values, value, ',');)
+        for (const std::string& value : split(kind.substr(1, kind.size() - 2), ','))
             argument.array->push_back(static_cast<float>(number(value)));
     } else if (kind.find(':') != std::string::npos) {
         argument.output = take_prefix(kind, "inout");
@@ -169,10 +179,11 @@ void add(Sum& sum, const Argument& output) {
     for (const float value : *output.array) sum.add(value);
 }
 
-void add_call(Sum& sum, const std::string& name, std::istringstream& words) {
+void add_call(Sum& sum, const std::vector<std::string>& words) {
     std::vector<Argument> arguments;
-    for (std::string word; words >> word;) arguments.push_back(make_argument(word, arguments));
-    sum.add(static_cast<std::uint32_t>(functions().at(name)(arguments)));
+    for (std::size_t i = 1; i < words.size(); ++i)
+        arguments.push_back(make_argument(words[i], arguments));
+    sum.add(static_cast<std::uint32_t>(functions().at(words[0])(arguments)));
     for (const Argument& argument : arguments)
         if (argument.output) add(sum, argument);
 }
@@ -183,12 +194,12 @@ std::vector<Digest> make_digests(const std::vector<const char*>& calls) {
     std::vector<std::string> names;
     std::map<std::string, Sum> sums;
     for (const char* const line : calls) {
-        std::istringstream words(line);
-        std::string name;
-        if (!(words >> name) || name.front() == '#') continue;
+        const std::vector<std::string> words = split(line, ' ');
+        if (words.empty() || words[0].front() == '#') continue;
+        const std::string& name = words[0];
         if (sums.find(name) == sums.end()) names.push_back(name);
         try {
-            add_call(sums[name], name, words);
+            add_call(sums[name], words);
         } catch (const std::logic_error& error) {
             throw std::runtime_error(std::string(error.what()) + " in the call '" + line + "'");
         }
