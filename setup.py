@@ -3,6 +3,7 @@ import os
 import pathlib
 import shutil
 import subprocess
+import sys
 
 from setuptools import Command, Distribution, setup
 from setuptools.command.build import build
@@ -12,7 +13,8 @@ try:
 except ImportError:  # setuptools before 70.1
     from wheel.bdist_wheel import bdist_wheel
 
-LIBRARY = "libsorvo_audio.so.0"
+# As sorvo_audio/native.py looks for it.
+LIBRARY = {"win32": "libsorvo_audio.dll", "darwin": "libsorvo_audio.0.dylib"}.get(sys.platform, "libsorvo_audio.so.0")
 
 
 class BuildLibrary(Command):
@@ -32,15 +34,15 @@ class BuildLibrary(Command):
         source = pathlib.Path(__file__).parent.resolve()
         folder = pathlib.Path(self.build_base, "python").resolve()  # kept: an editable installation is rebuilt often
         configure = ["cmake", "-S", source, "-B", folder, "-DCMAKE_BUILD_TYPE=Release", "-DBUILD_SHARED_LIBS=ON",
-                     "-DSORVO_AUDIO_PORTABLE_BINARY=ON", "-DSORVO_AUDIO_BUILD_TESTS=OFF",
-                     "-DSORVO_AUDIO_BUILD_TOOLS=OFF"]
+                     f"-DSORVO_AUDIO_PORTABLE_BINARY={'ON' if sys.platform == 'linux' else 'OFF'}",
+                     "-DSORVO_AUDIO_MATH=own", "-DSORVO_AUDIO_BUILD_TESTS=OFF", "-DSORVO_AUDIO_BUILD_TOOLS=OFF"]
         if "CMAKE_GENERATOR" not in os.environ and shutil.which("ninja"):
             configure += ["-G", "Ninja"]
         subprocess.run(configure, check=True)
         subprocess.run(["cmake", "--build", folder, "--parallel", str(os.cpu_count())], check=True)
         target = pathlib.Path(self.get_outputs()[0])
         target.parent.mkdir(parents=True, exist_ok=True)
-        shutil.copyfile(folder / "src" / LIBRARY, target)
+        shutil.copyfile(next(folder.rglob(LIBRARY)), target)
 
     def get_outputs(self):
         packages = "python" if self.editable_mode else self.build_lib

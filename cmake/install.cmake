@@ -6,7 +6,9 @@ install(FILES "${PROJECT_SOURCE_DIR}/include/sorvo_audio.h"
 if(TARGET sorvo_audio)
     install(TARGETS sorvo_audio EXPORT sorvo_audio_targets
             LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime
-            NAMELINK_COMPONENT development)
+            NAMELINK_COMPONENT development
+            ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
+            RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)
 endif()
 if(TARGET sorvo_audio_static)
     install(TARGETS sorvo_audio_static EXPORT sorvo_audio_targets

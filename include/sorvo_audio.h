@@ -2,7 +2,7 @@
  *
  * Transforms, spectrograms, mel spectrograms, filters, resampling and the small operations around
  * them, with the numeric conventions of the toolkits that models are trained with, and the same
- * bits on every x86-64 machine with the same C library.
+ * bits on every processor (docs/platforms.md: where that was compared).
  *
  * CONVENTIONS
  *
@@ -35,10 +35,11 @@
  *
  * Input and output arrays must not overlap, except where a function says that they may be equal.
  *
- * Results do not depend on the processor. Those that pass through log10f, log1pf or atan2f (decibels,
- * HTK mel banks, log1p, phases) depend on the C library, as glibc rounds these correctly from 2.41 on
- * and did not before; unless the library was built with SORVO_AUDIO_MATH=own, which computes them
- * itself.
+ * Results do not depend on the processor, and only on x86-64 with glibc on the C library: there those
+ * that pass through log10f, log1pf or atan2f (decibels, HTK mel banks, log1p, phases) are what glibc
+ * gives, which rounds these correctly from 2.41 on and did not before. A library built with
+ * SORVO_AUDIO_MATH=own, the default everywhere else, computes them itself, correctly rounded. The
+ * sign and the payload of a NaN are the processor's.
  *
  * There is nothing to initialise. Any number of threads may call any function at once. Tables
  * (twiddle factors, windows, filter banks, resampling filters) are computed on first use, shared by
@@ -59,10 +60,10 @@
 #define SORVO_AUDIO_VERSION_MINOR 1 /* raised by additions */
 #define SORVO_AUDIO_VERSION_PATCH 0 /* raised by everything else */
 
-/* Marks what the shared object exports. */
-#if defined(__GNUC__)
+/* Marks what the shared object exports; for Windows, the build does so. */
+#if !defined(SORVO_AUDIO_API) && defined(__GNUC__) && !defined(_WIN32)
 #define SORVO_AUDIO_API __attribute__((visibility("default")))
-#else
+#elif !defined(SORVO_AUDIO_API)
 #define SORVO_AUDIO_API
 #endif
 

@@ -27,5 +27,5 @@ wheel() {
 }
 here=$(uname -m)
 wheel "$here"
-[ "$here" = aarch64 ] || CMAKE_TOOLCHAIN_FILE=$root/cmake/aarch64-linux-gnu.cmake wheel aarch64
+[ "$here" = aarch64 ] || CMAKE_TOOLCHAIN_FILE=$root/cmake/toolchains/aarch64-linux-gnu.cmake wheel aarch64
 ls -l "$dist"

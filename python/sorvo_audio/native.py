@@ -18,6 +18,7 @@ from __future__ import annotations
 import ctypes
 import os
 import pathlib
+import sys
 from collections.abc import Callable
 from operator import index
 from typing import Any
@@ -51,15 +52,19 @@ PAD_CONSTANT = 3
 INT_MAX = 2**31 - 1
 
 
+def _library_name(platform: str) -> str:
+    return {"win32": "libsorvo_audio.dll", "darwin": "libsorvo_audio.0.dylib"}.get(platform, "libsorvo_audio.so.0")
+
+
 def _load() -> ctypes.CDLL:
     """The library of SORVO_AUDIO_LIBRARY, else the one beside this file, else the system's."""
-    beside = pathlib.Path(__file__).with_name("libsorvo_audio.so.0")
+    beside = pathlib.Path(__file__).with_name(_library_name(sys.platform))
     path = os.environ.get("SORVO_AUDIO_LIBRARY") or (str(beside) if beside.exists() else beside.name)
     try:
         return ctypes.CDLL(path)
     except OSError as error:
         raise ImportError(
-            f"libsorvo_audio.so.0 was not found ({error}): install the library, or set SORVO_AUDIO_LIBRARY "
+            f"{beside.name} was not found ({error}): install the library, or set SORVO_AUDIO_LIBRARY "
             "to the path of the shared object") from error
 
 

@@ -1,0 +1,15 @@
+# Toolchain: 64-bit Linux with musl, by Debian's g++ and musl-tools. Debian's C++ runtime is made for glibc: its headers
+# are used, and it is linked in with what musl lacks. Streams, and so GoogleTest, would need more.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+set(CMAKE_C_COMPILER musl-gcc)
+set(CMAKE_CXX_COMPILER g++)
+set(CMAKE_CXX_STANDARD_LIBRARIES "\"${CMAKE_CURRENT_LIST_DIR}/musl_runtime.cpp\"")
+set(musl_link "-specs=${CMAKE_CURRENT_LIST_DIR}/musl.specs -static-libstdc++ -static-libgcc -Wl,--gc-sections")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "${musl_link}")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "${musl_link}")
+set(SORVO_AUDIO_GOOGLETEST OFF)
+set(CMAKE_FIND_ROOT_PATH /usr/lib/x86_64-linux-musl)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
