@@ -1,6 +1,5 @@
 #!/bin/sh
-# The test suite under AddressSanitizer, LeakSanitizer and UndefinedBehaviorSanitizer, then the tests with
-# threads under ThreadSanitizer.
+# The test suite under AddressSanitizer, LeakSanitizer and UndefinedBehaviorSanitizer.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh clang libclang-rt-14-dev
@@ -8,6 +7,3 @@ cmake --preset asan >/dev/null
 cmake --build --preset asan
 # The levels share their sources: the widest vectors and those of half the width show what there is to see.
 ctest --preset asan -j2 -E sse2
-cmake --preset tsan -DSORVO_AUDIO_BUILD_TOOLS=OFF >/dev/null
-cmake --build --preset tsan --target robustness_threads_test fft_engine_test util_test
-ctest --preset tsan -R 'threads|fft_engine|util'
